@@ -1,0 +1,34 @@
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include "daemon/EditorDocumentDaemon.h"
+#include "daemon/LinuxDaemonPlatform.h"
+#include "platform/linux/DescriptorLineInput.h"
+#include "platform/linux/PipeSize.h"
+
+namespace {
+
+constexpr int usageError = 64;
+
+} // namespace
+
+int main(int argumentCount, char**) {
+    if (argumentCount > 1) {
+        std::fputs("usage: marblefern EditorDocumentDaemon\n", stderr);
+        return usageError;
+    }
+    // A reader that closes the other end is no reason to die.
+    std::signal(SIGPIPE, SIG_IGN);
+    enlargePipe(STDIN_FILENO);
+
+    const auto daemon = std::make_shared<EditorDocumentDaemon>(linuxDaemonPlatform());
+    DescriptorLineInput input(STDIN_FILENO);
+    daemon->run(input);
+
+    // Nothing is waited for: every envelope was handed to the system when it was written.
+    std::_Exit(EXIT_SUCCESS);
+}

@@ -1,0 +1,61 @@
+#include <cassert>
+
+#include "daemon/EditorDocumentDaemon.h"
+#include "documents/DocumentLoading.h"
+#include "documents/DocumentRetargeting.h"
+#include "platform/PlatformError.h"
+#include "workspace/WorkspacePathRules.h"
+
+// Open documents that follow their files.
+
+void EditorDocumentDaemon::retargetManagedDocuments(const std::string& sourcePath, const std::string& destinationPath,
+                                                    EmitUpdatedEvents emitUpdatedEvents) {
+    assert(queue->isCurrent());
+    const std::string source = normalizedPath(sourcePath, fileManager);
+    const std::string destination = normalizedPath(destinationPath, fileManager);
+    for (const std::string& documentID : documentIDsAtOrWithin(source, documentsByID)) {
+        ManagedDocument& document = documentsByID.at(documentID);
+        std::string newPath = destination + document.path.substr(source.size());
+        if (emitUpdatedEvents == EmitUpdatedEvents::no) {
+            moveDocument(document, std::move(newPath));
+        } else if (followsOutsideRename(document, newPath)) {
+            moveDocument(document, std::move(newPath));
+            reload(document);
+        }
+    }
+}
+
+void EditorDocumentDaemon::markManagedDocumentsDeleted(const std::string& atOrWithin) {
+    assert(queue->isCurrent());
+    for (const std::string& documentID :
+         documentIDsAtOrWithin(normalizedPath(atOrWithin, fileManager), documentsByID)) {
+        ManagedDocument& document = documentsByID.at(documentID);
+        if (document.metadata.isMissing) continue;
+        ++document.version;
+        document.metadata = {.isMissing = true};
+    }
+}
+
+void EditorDocumentDaemon::moveDocument(ManagedDocument& document, std::string newPath) {
+    forgetPath(document);
+    document.path = std::move(newPath);
+    document.metadata = metadataAfterMove(document.metadata, currentMetadata(document.path, fileManager));
+    documentIDByPath[document.path] = document.documentID;
+}
+
+// The path may meanwhile name another open document.
+void EditorDocumentDaemon::forgetPath(const ManagedDocument& document) {
+    const auto entry = documentIDByPath.find(document.path);
+    if (entry != documentIDByPath.end() && entry->second == document.documentID) documentIDByPath.erase(entry);
+}
+
+// A program that saves by renaming the old file away leaves another at the old path, and there the document stays.
+bool EditorDocumentDaemon::followsOutsideRename(const ManagedDocument& document, const std::string& newPath) const {
+    if (document.metadata.isMissing || documentIDByPath.contains(newPath)) return false;
+    if (fileManager.itemExists(document.path)) return false;
+    try {
+        return fileManager.attributesOfItem(newPath, FollowLinks::yes).type == FileType::regular;
+    } catch (const PlatformError&) {
+        return false;
+    }
+}

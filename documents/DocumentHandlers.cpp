@@ -1,0 +1,96 @@
+#include <cassert>
+
+#include "daemon/EditorDocumentDaemon.h"
+#include "documents/DocumentLoading.h"
+#include "documents/DocumentSaving.h"
+#include "documents/DocumentSnapshot.h"
+#include "platform/PlatformError.h"
+#include "workspace/PathComponents.h"
+#include "workspace/WorkspacePathRules.h"
+
+void EditorDocumentDaemon::handleOpen(EditorDocumentDaemonRequest request) {
+    assert(queue->isCurrent());
+    const auto requestedPath = presentField(request.path);
+    if (!requestedPath) return respondFailure(request, "Missing file path.");
+
+    ManagedDocument document{.path = normalizedPath(*requestedPath, fileManager), .version = 1};
+    if (const auto open = documentIDByPath.find(document.path); open != documentIDByPath.end()) {
+        document.documentID = open->second;
+        document.version = documentsByID.at(open->second).version + 1;
+    }
+
+    LoadedDocument loaded;
+    try {
+        loaded = loadDocument(document.path, fileManager, textCoding);
+    } catch (const PlatformError& error) {
+        return respondFailure(request, error.localizedDescription);
+    }
+    if (document.documentID.empty()) document.documentID = platform.makeUUID();
+    document.format = loaded.format;
+    document.metadata = loaded.metadata;
+    const auto answer = encodedLine({
+        .kind = EditorDocumentEnvelopeKind::response,
+        .requestID = request.requestID,
+        .command = request.command,
+        .success = true,
+        .snapshot = documentSnapshot(document, std::move(loaded.text)),
+    });
+    documentIDByPath[document.path] = document.documentID;
+    documentsByID[document.documentID] = std::move(document);
+    refreshWatchRoots();
+    emit(answer);
+}
+
+void EditorDocumentDaemon::handleSave(EditorDocumentDaemonRequest request) {
+    assert(queue->isCurrent());
+    const ManagedDocument* open = requestedDocument(request);
+    if (!open) return respondFailure(request, "Unknown document.");
+    if (!request.text) return respondFailure(request, "Missing document text.");
+    if (request.expectedVersion != open->version) {
+        return respondFailure(request, "The file changed on disk before this save completed.");
+    }
+    ManagedDocument document = *open;
+    const auto bytes = encodedDocumentText(*request.text, document.format, textCoding);
+    if (!bytes) return respondFailure(request, "Failed to encode the document for saving.");
+
+    // What was written is remembered, not what is found afterwards: another program's text in between stays a change.
+    // The answer is ready before the file is replaced, so that nothing can fail after that.
+    PreparedSave save(document.path, *bytes, fileManager);
+    document.metadata = save.metadata();
+    ++document.version;
+    const auto answer = encodedLine({
+        .kind = EditorDocumentEnvelopeKind::response,
+        .requestID = request.requestID,
+        .command = request.command,
+        .success = true,
+        .snapshot = documentSnapshot(document, std::move(*request.text)),
+    });
+    document.metadata = save.commit();
+    ManagedDocument& saved = documentsByID.at(document.documentID) = std::move(document);
+    emit(answer);
+    recogniseSavedFile(saved.path);
+}
+
+void EditorDocumentDaemon::handleClose(EditorDocumentDaemonRequest request) {
+    assert(queue->isCurrent());
+    const ManagedDocument* open = requestedDocument(request);
+    if (!open) return respondFailure(request, "Unknown document.");
+
+    const ManagedDocument document = *open;
+    documentsByID.erase(document.documentID);
+    forgetPath(document);
+    refreshWatchRoots();
+    write({
+        .kind = EditorDocumentEnvelopeKind::response,
+        .requestID = request.requestID,
+        .command = request.command,
+        .success = true,
+        .documentID = document.documentID,
+    });
+}
+
+const ManagedDocument* EditorDocumentDaemon::requestedDocument(const EditorDocumentDaemonRequest& request) const {
+    const auto documentID = presentField(request.documentID);
+    const auto open = documentID ? documentsByID.find(*documentID) : documentsByID.end();
+    return open == documentsByID.end() ? nullptr : &open->second;
+}

@@ -1,0 +1,27 @@
+#include "documents/DocumentRetargeting.h"
+
+#include <algorithm>
+
+#include "workspace/PathComponents.h"
+
+std::vector<std::string> documentIDsAtOrWithin(const std::string& path,
+                                               const std::map<std::string, ManagedDocument>& documentsByID) {
+    std::vector<std::string> documentIDs;
+    for (const auto& [documentID, document] : documentsByID) {
+        if (isAtOrWithin(document.path, path)) documentIDs.push_back(documentID);
+    }
+    const auto depth = [&](const std::string& documentID) {
+        const std::string& documentPath = documentsByID.at(documentID).path;
+        return std::count(documentPath.begin(), documentPath.end(), '/');
+    };
+    std::stable_sort(documentIDs.begin(), documentIDs.end(),
+                     [&](const auto& left, const auto& right) { return depth(left) > depth(right); });
+    return documentIDs;
+}
+
+DocumentMetadata metadataAfterMove(const DocumentMetadata& stored, const DocumentMetadata& found) {
+    const bool isUnchanged = stored.isMissing == found.isMissing && stored.fileSize == found.fileSize &&
+                             stored.modifiedAtTimeIntervalSince1970 == found.modifiedAtTimeIntervalSince1970;
+    // Another file system gives the same file another identity.
+    return isUnchanged ? found : stored;
+}

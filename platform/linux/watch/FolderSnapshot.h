@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "platform/linux/watch/ItemIdentity.h"
+
+// The entries of one folder as they were last reported, packed: an entry costs its name and some six bytes. There is
+// one such object for every watched folder, and most have few entries, which are simply searched; large ones have an
+// index.
+class FolderSnapshot {
+public:
+    ItemIdentity find(std::string_view name) const; // of type none when there is no such entry
+
+    // Replaces the entry or adds one; an identity of type none removes it.
+    void set(std::string_view name, ItemIdentity identity);
+
+    // For a first listing: the name must be new. Call finishAppending when the last one is in.
+    void append(std::string_view name, ItemIdentity identity);
+    void finishAppending();
+
+    template <class Visit>
+    void forEach(const Visit& visit) const {
+        for (std::size_t offset = 0; offset < bytes.size();) {
+            const Entry entry = entryAt(offset);
+            if (entry.identity) visit(entry.name, entry.identity);
+            offset += entry.size;
+        }
+    }
+
+    bool isEmpty() const;
+    std::size_t memoryUse() const; // bytes outside this object
+
+private:
+    static constexpr std::size_t indexedFrom = 64; // entries
+
+    struct Entry {
+        std::string_view name{};
+        ItemIdentity identity{}; // of type none once removed
+        std::size_t size{};      // bytes in the pack
+    };
+
+    // Where the entries are, by hash, with open addressing. An offset is kept plus one, zero stands for a free slot.
+    struct Index {
+        std::vector<std::uint32_t> slots{};
+        std::size_t used = 0;         // slots with an entry, be it removed
+        std::size_t removedBytes = 0; // in the pack
+    };
+
+    Entry entryAt(std::size_t offset) const;
+    std::size_t offsetOf(std::string_view name) const; // bytes.size() when there is no such entry
+    void remove(std::size_t offset);
+    void enterIntoIndex(std::string_view name, std::size_t offset);
+    void buildIndexIfLarge();
+    void rebuild();
+
+    std::vector<char> bytes{};
+    std::unique_ptr<Index> index{};
+};

@@ -1,0 +1,141 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+#include "platform/linux/FileIdentity.h"
+#include "platform/linux/watch/FolderSnapshot.h"
+
+struct FolderNode;
+
+// A name in a folder.
+struct NameKey {
+    FolderNode* folder{};
+    std::string name{};
+
+    bool operator==(const NameKey&) const = default;
+};
+
+struct NameKeyHash {
+    std::size_t operator()(const NameKey& key) const;
+};
+
+enum class WasReported : bool { no, yes };
+
+// How a folder's first listing is taken: as what everybody knows anyway, or as news.
+enum class FirstListing : std::uint8_t { known, news };
+
+// A folder of a watched tree. Its path follows from its ancestors, so that moving it is a matter of one pointer.
+struct FolderNode {
+    FolderNode* parent{}; // null for the top of a tree
+    std::string name{};   // for a top, its whole path
+    FolderNode* firstChild{};
+    FolderNode* nextSibling{};
+    FolderNode* previousSibling{};
+    // The name under which the folder was last reported, while that is another one than it has now.
+    std::unique_ptr<NameKey> reportedPlace{};
+    FolderSnapshot snapshot{};
+    FileIdentity identity{};
+    std::int64_t
+        settledStamp{}; // nanoseconds of the last change before the listing; 0 when that was too fresh to trust
+    int watch = -1;
+    std::uint32_t timesQueued = 0; // the crawl has so many pointers to it
+    FirstListing firstListing{};
+    bool isListed = false;
+    bool isDead = false;
+    bool isOfInterest = false;
+    bool isRemote = false;     // others may change it without a word from this kernel
+    bool hasLostWatch = false; // the kernel took the watch away, as it does when the folder is no more
+};
+
+// The folders of all watched trees. A folder that goes away stays allocated until release(), because pending changes
+// point to it.
+class FolderTree {
+public:
+    FolderTree() = default;
+    FolderTree(const FolderTree&) = delete;
+    ~FolderTree();
+
+    FolderNode* addTop(const std::string& path);
+    FolderNode* addChild(FolderNode* parent, std::string_view name);
+    FolderNode* child(const FolderNode* parent, std::string_view name) const;
+
+    // Takes the folder out of its parent. Its path stays what it was until it is placed somewhere or killed.
+    void detach(FolderNode* folder);
+    // Puts a detached folder into a parent. One that was reported keeps the name under which it was.
+    void place(FolderNode* folder, FolderNode* parent, std::string_view name, WasReported wasReported);
+    // Makes an attached folder the top of a tree of its own, and the other way round. Nothing is remembered.
+    void promote(FolderNode* folder);
+    void adopt(FolderNode* top, FolderNode* parent, std::string_view name);
+    // Detaches the folder and marks it and all below as gone. gone(folder) is called for each.
+    template <class Gone>
+    void kill(FolderNode* folder, const Gone& gone) {
+        if (folder->isDead) return;
+        detach(folder);
+        forSubtree(folder, [&](FolderNode* each) {
+            children.erase(each);
+            each->isDead = true;
+            dead.push_back(each);
+            gone(each);
+        });
+    }
+    // Frees all dead folders but those in use and those that the crawl still has to pass.
+    void release(const std::unordered_set<const FolderNode*>& inUse);
+
+    // Parents before children.
+    template <class Visit>
+    static void forSubtree(FolderNode* folder, const Visit& visit) {
+        std::vector<FolderNode*> waiting{folder};
+        while (!waiting.empty()) {
+            FolderNode* each = waiting.back();
+            waiting.pop_back();
+            for (FolderNode* child = each->firstChild; child; child = child->nextSibling) waiting.push_back(child);
+            visit(each);
+        }
+    }
+
+    std::size_t size() const { return children.size(); }
+
+private:
+    struct ChildView {
+        const FolderNode* parent{};
+        std::string_view name{};
+    };
+    struct ChildHash {
+        using is_transparent = void;
+        std::size_t operator()(const ChildView& view) const;
+        std::size_t operator()(const FolderNode* node) const { return (*this)({node->parent, node->name}); }
+    };
+    struct ChildEqual {
+        using is_transparent = void;
+        bool operator()(const FolderNode* a, const FolderNode* b) const { return a == b; }
+        bool operator()(const ChildView& view, const FolderNode* node) const {
+            return view.parent == node->parent && view.name == node->name;
+        }
+        bool operator()(const FolderNode* node, const ChildView& view) const { return (*this)(view, node); }
+    };
+
+    void attach(FolderNode* folder, FolderNode* parent, std::string_view name);
+    static void destroy(FolderNode* folder);
+
+    std::unordered_set<FolderNode*, ChildHash, ChildEqual> children{}; // all that are attached, and the tops
+    std::vector<FolderNode*> dead{};
+};
+
+FolderNode* topOf(FolderNode* folder);
+bool isWithin(const FolderNode* folder, const FolderNode* ancestor); // or the same
+
+std::string joinedPath(std::string directoryPath, std::string_view name);
+std::string currentPath(const FolderNode* folder);
+std::string currentPath(const NameKey& key);
+
+// Where the folder is for those who have heard only what was reported so far.
+NameKey reportedKey(const FolderNode* folder);
+std::string reportedPath(const FolderNode* folder);
+std::string reportedPath(const NameKey& key);

@@ -1,0 +1,80 @@
+#include "platform/linux/watch/InotifyReader.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <pthread.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdint>
+#include <utility>
+
+#include "platform/linux/watch/KernelRecord.h"
+
+namespace {
+
+constexpr std::size_t blockSize = 64 * 1024;
+
+} // namespace
+
+InotifyReader::InotifyReader(int inotifyDescriptor, std::size_t byteLimit, std::function<void()> onBlocks,
+                             std::function<void()> onMounts)
+    : inotify(inotifyDescriptor),
+      limit(byteLimit),
+      blocksArrived(std::move(onBlocks)),
+      mountsChanged(std::move(onMounts)),
+      ending(::eventfd(0, EFD_CLOEXEC)),
+      mountTable(::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC)),
+      thread([this] { run(); }) {}
+
+InotifyReader::~InotifyReader() {
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const auto written = ::write(ending.get(), &one, sizeof one);
+    thread.join();
+}
+
+std::optional<std::string> InotifyReader::takeBlock() {
+    const std::lock_guard lock(mutex);
+    if (blocks.empty()) return std::nullopt;
+    std::string block = std::move(blocks.front());
+    blocks.pop_front();
+    keptBytes -= block.size();
+    return block;
+}
+
+void InotifyReader::run() {
+    ::pthread_setname_np(::pthread_self(), "inotify-reader");
+    std::array<pollfd, 3> waiting{{{ending.get(), POLLIN, 0}, {inotify, POLLIN, 0}, {mountTable.get(), POLLPRI, 0}}};
+    while (true) {
+        if (::poll(waiting.data(), waiting.size(), -1) < 0) continue;
+        if (waiting[0].revents) return;
+        if (waiting[1].revents) readBlocks();
+        if (waiting[2].revents) mountsChanged();
+    }
+}
+
+void InotifyReader::readBlocks() {
+    alignas(8) std::array<char, blockSize> buffer;
+    const ssize_t size = ::read(inotify, buffer.data(), buffer.size());
+    if (size > 0) keep({buffer.data(), static_cast<std::size_t>(size)});
+}
+
+void InotifyReader::keep(std::string_view block) {
+    bool isFirst = false;
+    {
+        const std::lock_guard lock(mutex);
+        isFirst = blocks.empty();
+        if (keptBytes + block.size() > limit) {
+            blocks.assign(1, overflowBlock());
+            keptBytes = blocks.front().size();
+        } else if (!isFirst && blocks.back().size() + block.size() <= blockSize) {
+            blocks.back() += block;
+            keptBytes += block.size();
+        } else {
+            blocks.emplace_back(block);
+            keptBytes += block.size();
+        }
+    }
+    if (isFirst) blocksArrived();
+}

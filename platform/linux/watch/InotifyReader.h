@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+
+#include "platform/linux/Descriptor.h"
+
+// A thread that does nothing but read what the kernel tells, since the kernel keeps little of what nobody reads and
+// then drops the rest. It also looks out for changes of the table of mounts.
+class InotifyReader {
+public:
+    static constexpr std::size_t usualLimit = 64 * 1024 * 1024;
+
+    // Keeps at most so many bytes that nobody takes; beyond that they are replaced by the news that some were lost.
+    // The functions are called on the reader's thread: blocksArrived when there is something to take after there was
+    // nothing, mountsChanged when it is time to look at the mounts again.
+    InotifyReader(int inotifyDescriptor, std::size_t byteLimit, std::function<void()> blocksArrived,
+                  std::function<void()> mountsChanged);
+    ~InotifyReader();
+    InotifyReader(const InotifyReader&) = delete;
+
+    // The oldest block that has been read; absent when there is none. May be called on any thread.
+    std::optional<std::string> takeBlock();
+
+private:
+    void run();
+    void readBlocks();
+    void keep(std::string_view block);
+
+    const int inotify;
+    const std::size_t limit;
+    const std::function<void()> blocksArrived;
+    const std::function<void()> mountsChanged;
+    Descriptor ending;
+    Descriptor mountTable;
+    std::mutex mutex{};
+    std::deque<std::string> blocks{};
+    std::size_t keptBytes = 0;
+    std::thread thread;
+};

@@ -1,0 +1,195 @@
+#include "platform/linux/watch/TreeWatcher.h"
+
+#include <sys/inotify.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "platform/linux/TemporaryName.h"
+
+namespace {
+
+constexpr std::chrono::seconds checkInterval{5};
+
+} // namespace
+
+TreeWatcher::TreeWatcher(WatchSystem& watchSystem, DeliveryPolicy deliveryPolicy)
+    : system(watchSystem), policy(deliveryPolicy), pending(tree, deliveryPolicy), mounts(watchSystem.mountPoints()) {}
+
+void TreeWatcher::handleBlock(std::string_view block) {
+    for (const KernelRecord& record : kernelRecords(block)) handleRecord(record);
+}
+
+std::optional<WatchTime> TreeWatcher::nextDeadline() const {
+    if (roots.empty()) return std::nullopt;
+    WatchTime deadline = std::min(nextCheck, nextPoll);
+    if (const auto closing = pending.closing()) deadline = std::min(deadline, *closing);
+    return deadline;
+}
+
+EventStreamBatch TreeWatcher::advance() {
+    const WatchTime now = system.now();
+    if (now >= nextPoll) {
+        pollFoldersOfInterest();
+        nextPoll = now + pollInterval();
+    }
+    if (now >= nextCheck) {
+        nextCheck = now + checkInterval;
+        isOutOfWatches = false; // some may have come free
+        if (std::ranges::any_of(roots, [&](const Root& root) { return isLost(root); })) pending.touchWindow(now);
+        if (!retries.empty()) pending.touchWindow(now);
+    }
+    const auto closing = pending.closing();
+    if (!closing || now < *closing) return {};
+    // Whoever is told of a new folder looks through it at once. By then it should be under watch with all below it.
+    if (!urgent.empty() && now < *closing + policy.cap) return {};
+    return closeWindow(now);
+}
+
+TreeWatcher::Statistics TreeWatcher::statistics() const {
+    Statistics result{.folders = tree.size(),
+                      .watches = foldersByWatch.size(),
+                      .waiting = urgent.size() + background.size(),
+                      .pendingNames = pending.size()};
+    for (const auto& [watch, folder] : foldersByWatch) result.snapshotBytes += folder->snapshot.memoryUse();
+    return result;
+}
+
+void TreeWatcher::handleRecord(const KernelRecord& record) {
+    const WatchTime now = system.now();
+    if (record.mask & IN_Q_OVERFLOW) {
+        handleOverflow(now);
+        return;
+    }
+    constexpr std::uint32_t aboutItself = IN_MOVE_SELF | IN_DELETE_SELF | IN_IGNORED | IN_UNMOUNT;
+    const auto isAncestor = [&](const auto& entry) { return entry.second == record.watch; };
+    if ((record.mask & aboutItself) && std::ranges::any_of(watchByAncestor, isAncestor)) {
+        mustWatchAncestors = true;
+        pending.touchWindow(now);
+    }
+    const auto [begin, end] = foldersByWatch.equal_range(record.watch);
+    std::vector<FolderNode*> folders;
+    for (auto each = begin; each != end; ++each) folders.push_back(each->second);
+    if (record.mask & IN_IGNORED) foldersByWatch.erase(begin, end);
+    for (FolderNode* folder : folders) {
+        if (record.name.empty())
+            handleFolderRecord(folder, record, now);
+        else
+            handleNameRecord(folder, record, now);
+    }
+}
+
+void TreeWatcher::handleFolderRecord(FolderNode* folder, const KernelRecord& record, WatchTime now) {
+    const bool isRoot = std::ranges::any_of(roots, [&](const Root& root) { return root.node == folder; });
+    if (isRoot && (record.mask & (IN_MOVE_SELF | IN_DELETE_SELF | IN_IGNORED))) pending.touchWindow(now);
+    if (record.mask & IN_UNMOUNT) pending.touchWindow(now);
+    if (record.mask & IN_IGNORED) {
+        folder->watch = -1;
+        folder->hasLostWatch = true;
+        // As a rule the parent tells next that the folder is gone. If not, it has to be watched again.
+        retries.push_back(folder);
+        ++folder->timesQueued;
+    }
+}
+
+void TreeWatcher::handleNameRecord(FolderNode* folder, const KernelRecord& record, WatchTime now) {
+    if (folder->isDead || isTemporarySaveName(record.name)) return;
+    const NameKey key{folder, std::string(record.name)};
+    if (record.mask & IN_ATTRIB) {
+        pending.attributesChanged(key, now);
+        FolderNode* child = record.isDirectory() ? tree.child(folder, key.name) : nullptr;
+        // It may have become readable.
+        if (child && !child->isListed && child->timesQueued == 0) enqueue(urgent, child, false);
+    }
+    if (record.mask & IN_MODIFY) pending.modified(key, now);
+    if (record.mask & IN_CLOSE_WRITE) pending.closedAfterWriting(key, now);
+    if (record.mask & IN_CREATE) handleCreation(key, record, now);
+    if (record.mask & IN_DELETE) {
+        if (FolderNode* child = record.isDirectory() ? tree.child(folder, key.name) : nullptr) kill(child);
+        pending.vanished(key, now);
+    }
+    if (record.mask & IN_MOVED_FROM) {
+        FolderNode* child = record.isDirectory() ? tree.child(folder, key.name) : nullptr;
+        if (child) tree.detach(child);
+        pending.movedAway(key, record.cookie, child, now);
+    }
+    if (record.mask & IN_MOVED_TO) handleArrival(key, record, now);
+}
+
+void TreeWatcher::handleCreation(const NameKey& key, const KernelRecord& record, WatchTime now) {
+    using IsBeingWritten = PendingChanges::IsBeingWritten;
+    if (!record.isDirectory()) {
+        // Only a regular file is written; whether somebody has it open, nobody tells.
+        const bool isFile = system.itemAt(currentPath(key)).type == ItemType::file;
+        pending.created(key, isFile ? IsBeingWritten::yes : IsBeingWritten::no, now);
+        return;
+    }
+    pending.created(key, IsBeingWritten::no, now);
+    if (!tree.child(key.folder, key.name)) enter(addFolder(key.folder, key.name, FirstListing::news), urgent);
+}
+
+void TreeWatcher::handleArrival(const NameKey& key, const KernelRecord& record, WatchTime now) {
+    if (FolderNode* replaced = tree.child(key.folder, key.name)) kill(replaced);
+    const auto arrival = pending.movedHere(key, record.cookie, now);
+    if (!record.isDirectory()) return;
+    if (!arrival.folder || arrival.folder->isDead) {
+        // Whoever hears of a folder that arrives as a whole looks into it anyway.
+        enter(addFolder(key.folder, key.name, FirstListing::known), urgent);
+        return;
+    }
+    tree.place(arrival.folder, key.folder, key.name, arrival.wasReported);
+    // It, or what is in it, may have moved on before it could be watched.
+    crawlUnlisted(arrival.folder);
+}
+
+// The kernel has dropped events. Whatever differs from the snapshots is looked for, in all folders.
+void TreeWatcher::handleOverflow(WatchTime now) {
+    for (FolderNode* folder : pending.forgetMoves()) kill(folder);
+    pending.touchWindow(now);
+    mustWatchAncestors = true;
+    for (const std::string& path : paths.folders) pending.notice(path, now);
+    if (isComparingAll) {
+        mustCompareAllAgain = true;
+        return;
+    }
+    isComparingAll = true;
+    for (const Root& root : roots) {
+        if (root.node && !root.node->parent) enqueue(urgent, root.node, true);
+    }
+}
+
+EventStreamBatch TreeWatcher::closeWindow(WatchTime now) {
+    checkRoots(now);
+    for (FolderNode* folder : std::exchange(retries, {})) {
+        --folder->timesQueued;
+        if (!folder->isDead) enqueue(urgent, folder, true);
+    }
+    for (FolderNode* folder : pending.takeDeparted(now)) kill(folder);
+    const auto lookUp = [&](const FolderNode& folder, const std::vector<std::string>& names) {
+        return itemsIn(folder, names);
+    };
+    EventStreamBatch batch = pending.close(now, lookUp, paths);
+    for (FolderNode* folder : pending.takeMisplaced()) {
+        for (FolderNode* departed : pending.forgetWithin(folder)) kill(departed);
+        enqueue(urgent, folder->parent ? folder->parent : folder, true);
+    }
+    tree.release(pending.foldersInUse());
+    return batch;
+}
+
+std::optional<std::vector<ItemIdentity>> TreeWatcher::itemsIn(const FolderNode& folder,
+                                                              const std::vector<std::string>& names) {
+    std::vector<ItemIdentity> items;
+    items.reserve(names.size());
+    const OpenedFolder opened = system.openFolder(currentPath(&folder), linksAt(&folder), OpenFor::looking);
+    if (opened.folder) {
+        if (opened.folder->status().identity != folder.identity) return std::nullopt;
+        for (const std::string& name : names) items.push_back(opened.folder->item(name));
+        return items;
+    }
+    if (opened.error == ENOENT || opened.error == ENOTDIR || opened.error == ELOOP) return std::nullopt;
+    // Nobody may look into the folder now, so nothing can be said about it.
+    for (const std::string& name : names) items.push_back(folder.snapshot.find(name));
+    return items;
+}

@@ -1,0 +1,134 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/EventStream.h"
+#include "platform/linux/watch/FolderTree.h"
+#include "platform/linux/watch/KernelRecord.h"
+#include "platform/linux/watch/PendingChanges.h"
+#include "platform/linux/watch/WatchSystem.h"
+
+// Watches trees of folders: puts a watch on each folder, keeps the picture of the trees in step with what the kernel
+// tells, and knows when to tell what. It never waits and has no thread; its owner hands it what was read from the
+// kernel and calls it again when it asks for it. All on one queue.
+class TreeWatcher {
+public:
+    explicit TreeWatcher(WatchSystem& watchSystem, DeliveryPolicy deliveryPolicy = {});
+
+    // Replaces the roots. What the old and the new ones have in common goes on as it is.
+    void setRoots(const std::vector<std::string>& paths);
+    void setInterest(const EventStreamInterest& newInterest);
+
+    // Takes a block as read from the kernel.
+    void handleBlock(std::string_view block);
+    void handleMountChange();
+
+    // Watches folders that wait for it, at most for the given time.
+    void crawl(std::chrono::nanoseconds budget);
+    bool hasWork() const { return !urgent.empty() || (!background.empty() && !isOutOfWatches); }
+
+    // When advance() is to be called next; absent when nothing is watched.
+    std::optional<WatchTime> nextDeadline() const;
+    // Does what is due by now and returns what is to be told; nothing, as a rule.
+    EventStreamBatch advance();
+
+    struct Statistics {
+        std::size_t folders{};
+        std::size_t watches{};
+        std::size_t waiting{}; // folders that the crawl has not come to
+        std::size_t pendingNames{};
+        std::size_t snapshotBytes{};
+    };
+    Statistics statistics() const;
+
+private:
+    struct Root {
+        std::string path{};
+        FolderNode* node{}; // absent while there is no such directory
+        bool isDocumentRoot = false;
+        std::size_t watchedFolders = 0; // counted for document roots only
+    };
+
+    struct CrawlStep {
+        FolderNode* folder{};
+        bool isComparison = false; // with the snapshot, should the folder have been listed before
+    };
+
+    // What the last poll saw in a folder.
+    using FileStamps = std::unordered_map<std::string, FileStamp>;
+
+    // Events.
+    void handleRecord(const KernelRecord& record);
+    void handleFolderRecord(FolderNode* folder, const KernelRecord& record, WatchTime now);
+    void handleNameRecord(FolderNode* folder, const KernelRecord& record, WatchTime now);
+    void handleCreation(const NameKey& key, const KernelRecord& record, WatchTime now);
+    void handleArrival(const NameKey& key, const KernelRecord& record, WatchTime now);
+    void handleOverflow(WatchTime now);
+    EventStreamBatch closeWindow(WatchTime now);
+    std::optional<std::vector<ItemIdentity>> itemsIn(const FolderNode& folder, const std::vector<std::string>& names);
+
+    // Single folders.
+    void enter(FolderNode* folder, std::deque<CrawlStep>& queueForChildren);
+    bool watch(FolderNode* folder, const std::string& path);
+    void own(FolderNode* folder, int watch);
+    void disown(FolderNode* folder);
+    void list(FolderNode* folder, const OpenFolder& contents, std::deque<CrawlStep>& queueForChildren);
+    void compare(FolderNode* folder);
+    void compareEntries(FolderNode* folder, const OpenFolder& contents);
+    void replace(FolderNode* folder);
+    void kill(FolderNode* folder);
+    FolderNode* addFolder(FolderNode* parent, std::string_view name, FirstListing listing);
+    void enqueue(std::deque<CrawlStep>& queue, FolderNode* folder, bool isComparison);
+    void take(std::deque<CrawlStep>& queue);
+    bool takeBackWatch();
+    Root* limitingRoot(FolderNode* folder);
+    FollowLinks linksAt(const FolderNode* folder) const { return folder->parent ? FollowLinks::no : FollowLinks::yes; }
+
+    // Roots and interest.
+    FolderNode* find(const std::string& path) const;
+    FolderNode* findListed(const std::string& path);
+    FolderNode* topAbove(const std::string& path) const;
+    void attach(Root& root);
+    void adoptTopsWithin(FolderNode* top);
+    void detach(Root& root);
+    bool isLost(const Root& root);
+    void checkRoots(WatchTime now);
+    void loseRoot(Root& root, WatchTime now);
+    void addInterest(const std::string& folderPath);
+    void watchAncestors();
+    void crawlUnlisted(FolderNode* folder);
+
+    // Polling.
+    bool needsPolling(const FolderNode* folder) const;
+    void pollFoldersOfInterest();
+    void poll(FolderNode* folder);
+    std::chrono::nanoseconds pollInterval() const;
+
+    WatchSystem& system;
+    const DeliveryPolicy policy;
+    FolderTree tree{};
+    PendingChanges pending;
+    std::vector<Root> roots{}; // sorted by path
+    EventStreamInterest interest{};
+    ReportingPaths paths{};
+    std::unordered_multimap<int, FolderNode*> foldersByWatch{}; // several where trees overlap by links or mounts
+    std::unordered_map<std::string, int> watchByAncestor{};
+    std::deque<CrawlStep> urgent{};     // of folders that events or interest lead to
+    std::deque<CrawlStep> background{}; // of folders that nobody looks at
+    std::vector<FolderNode*> retries{}; // could not be found, as an ancestor had been moved meanwhile
+    std::unordered_map<FolderNode*, FileStamps> stampsByFolder{};
+    std::vector<MountPoint> mounts{};
+    bool isOutOfWatches = false;
+    bool mustWatchAncestors = false;
+    bool isComparingAll = false;
+    bool mustCompareAllAgain = false;
+    WatchTime nextCheck{};
+    WatchTime nextPoll{};
+};

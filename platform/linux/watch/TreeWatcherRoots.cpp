@@ -1,0 +1,228 @@
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "platform/linux/watch/TreeWatcher.h"
+
+namespace {
+
+bool isBelow(const std::string& path, const std::string& directoryPath) {
+    return path != directoryPath && path.starts_with(joinedPath(directoryPath, ""));
+}
+
+std::string parentOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
+}
+
+// The names that lead from the directory down to the path, which must be at or below it.
+std::vector<std::string_view> namesBetween(const std::string& directoryPath, std::string_view path) {
+    std::vector<std::string_view> names;
+    path.remove_prefix(directoryPath.size());
+    while (!path.empty()) {
+        path.remove_prefix(std::min(path.find_first_not_of('/'), path.size()));
+        if (path.empty()) break;
+        names.push_back(path.substr(0, path.find('/')));
+        path.remove_prefix(names.back().size());
+    }
+    return names;
+}
+
+} // namespace
+
+void TreeWatcher::setRoots(const std::vector<std::string>& rootPaths) {
+    paths.roots = rootPaths;
+    const std::set<std::string> wanted(rootPaths.begin(), rootPaths.end());
+    if (roots.empty()) nextCheck = nextPoll = system.now() + pollInterval();
+    // First what is new, so that it can take over what is watched already.
+    for (const std::string& path : wanted) {
+        if (std::ranges::find(roots, path, &Root::path) != roots.end()) continue;
+        const auto place = std::ranges::lower_bound(roots, path, {}, &Root::path);
+        attach(*roots.insert(place, Root{.path = path}));
+    }
+    for (Root& root : roots) {
+        if (!wanted.contains(root.path)) detach(root);
+    }
+    std::erase_if(roots, [&](const Root& root) { return !wanted.contains(root.path); });
+    setInterest(EventStreamInterest(interest));
+    for (const std::string& path : paths.folders) addInterest(path);
+    watchAncestors();
+}
+
+void TreeWatcher::setInterest(const EventStreamInterest& newInterest) {
+    interest = newInterest;
+    paths.documents = {interest.documentPaths.begin(), interest.documentPaths.end()};
+    const auto former = std::exchange(paths.folders, {interest.directoryPaths.begin(), interest.directoryPaths.end()});
+    for (const std::string& path : paths.documents) paths.folders.insert(parentOf(path));
+
+    for (Root& root : roots) {
+        const bool wasLimited =
+            std::exchange(root.isDocumentRoot,
+                          std::ranges::find(interest.documentRootPaths, root.path) != interest.documentRootPaths.end());
+        if (wasLimited && !root.isDocumentRoot && root.node) crawlUnlisted(root.node);
+    }
+    for (const std::string& path : paths.folders) {
+        if (!former.contains(path)) addInterest(path);
+    }
+    for (const std::string& path : former) {
+        FolderNode* folder = paths.folders.contains(path) ? nullptr : find(path);
+        if (!folder) continue;
+        folder->isOfInterest = std::ranges::any_of(roots, [&](const Root& root) { return root.node == folder; });
+        stampsByFolder.erase(folder);
+    }
+}
+
+void TreeWatcher::addInterest(const std::string& folderPath) {
+    const FolderNode* known = find(folderPath);
+    const bool wasListed = known && known->isListed;
+    FolderNode* folder = findListed(folderPath);
+    if (!folder) return;
+    if (!wasListed) pending.notice(folderPath, system.now());
+    if (folder->watch < 0 && system.canWatch() && folder->isListed) enqueue(urgent, folder, true);
+    if (needsPolling(folder) && !stampsByFolder.contains(folder)) poll(folder);
+}
+
+void TreeWatcher::handleMountChange() {
+    const WatchTime now = system.now();
+    std::vector<MountPoint> current = system.mountPoints();
+    std::vector<MountPoint> changed;
+    std::ranges::set_symmetric_difference(mounts, current, std::back_inserter(changed));
+    mounts = std::move(current);
+    for (const MountPoint& mount : changed) {
+        if (std::ranges::any_of(
+                roots, [&](const Root& root) { return root.path == mount.path || isBelow(root.path, mount.path); })) {
+            mustWatchAncestors = true;
+            pending.touchWindow(now);
+        }
+        FolderNode* folder = find(mount.path);
+        if (!folder) folder = find(parentOf(mount.path));
+        if (folder) enqueue(urgent, folder, true);
+    }
+}
+
+FolderNode* TreeWatcher::topAbove(const std::string& path) const {
+    FolderNode* best = nullptr;
+    for (const Root& root : roots) {
+        if (!root.node || root.node->parent || root.node->isDead) continue;
+        if (path != root.path && !isBelow(path, root.path)) continue;
+        if (!best || root.path.size() > best->name.size()) best = root.node;
+    }
+    return best;
+}
+
+FolderNode* TreeWatcher::find(const std::string& path) const {
+    FolderNode* folder = topAbove(path);
+    if (!folder) return nullptr;
+    for (const std::string_view name : namesBetween(folder->name, path)) {
+        folder = tree.child(folder, name);
+        if (!folder) return nullptr;
+    }
+    return folder;
+}
+
+// Also brings the way there under watch.
+FolderNode* TreeWatcher::findListed(const std::string& path) {
+    FolderNode* folder = topAbove(path);
+    if (!folder) return nullptr;
+    for (const std::string_view name : namesBetween(folder->name, path)) {
+        folder = tree.child(folder, name);
+        if (!folder) return nullptr;
+        folder->isOfInterest = true;
+        if (!folder->isListed) enter(folder, background);
+    }
+    return folder;
+}
+
+void TreeWatcher::attach(Root& root) {
+    const auto identity = system.directoryAt(root.path);
+    if (!identity) return;
+    FolderNode* inner = findListed(root.path);
+    if (inner && inner->isListed && inner->identity == *identity) {
+        root.node = inner;
+        return;
+    }
+    FolderNode* top = tree.addTop(root.path);
+    top->isOfInterest = true;
+    enter(top, background);
+    if (!top->isListed) {
+        kill(top);
+        return;
+    }
+    root.node = top;
+    if (paths.folders.contains(root.path)) pending.notice(root.path, system.now());
+    adoptTopsWithin(top);
+}
+
+// Trees that were watched by themselves become part of the one around them.
+void TreeWatcher::adoptTopsWithin(FolderNode* top) {
+    for (const Root& root : roots) {
+        if (!root.node || root.node->parent || root.node->isDead || !isBelow(root.path, top->name)) continue;
+        FolderNode* parent = findListed(parentOf(root.path));
+        const std::string name = root.path.substr(root.path.rfind('/') + 1);
+        FolderNode* unknown = parent ? tree.child(parent, name) : nullptr;
+        // Where a link leads there, the tree stays by itself.
+        if (!unknown || unknown->isListed || !root.node->isListed) continue;
+        kill(unknown);
+        tree.adopt(root.node, parent, name);
+    }
+}
+
+void TreeWatcher::detach(Root& root) {
+    FolderNode* node = std::exchange(root.node, nullptr);
+    if (!node || node->parent || node->isDead) return; // it is watched for the sake of a root above it
+    for (const Root& other : roots) {
+        if (other.node && !other.node->isDead && isWithin(other.node, node)) tree.promote(other.node);
+    }
+    for (FolderNode* folder : pending.forgetWithin(node)) kill(folder);
+    kill(node);
+}
+
+bool TreeWatcher::isLost(const Root& root) {
+    const auto identity = system.directoryAt(root.path);
+    if (!root.node) return identity.has_value();
+    if (root.node->isDead || root.node->hasLostWatch || identity != root.node->identity) return true;
+    return root.node->parent && currentPath(root.node) != root.path;
+}
+
+void TreeWatcher::checkRoots(WatchTime now) {
+    for (Root& root : roots) {
+        if (isLost(root)) loseRoot(root, now);
+    }
+    if (std::exchange(mustWatchAncestors, false)) watchAncestors();
+}
+
+// Nothing can be said about what was in the root but that it is to be looked at.
+void TreeWatcher::loseRoot(Root& root, WatchTime now) {
+    pending.rootChanged(root.path, now);
+    FolderNode* node = std::exchange(root.node, nullptr);
+    if (node && !node->isDead && !node->parent) {
+        for (FolderNode* folder : pending.forgetWithin(node)) kill(folder);
+        kill(node);
+    }
+    pending.noticeFoldersOfInterest(root.path, paths, now);
+    root.watchedFolders = 0;
+    attach(root);
+    mustWatchAncestors = true;
+    for (const std::string& path : paths.folders) {
+        if (path == root.path || isBelow(path, root.path)) addInterest(path);
+    }
+}
+
+void TreeWatcher::watchAncestors() {
+    std::unordered_map<std::string, int> former = std::exchange(watchByAncestor, {});
+    for (const Root& root : roots) {
+        for (std::string path = root.path; path != "/";) {
+            path = parentOf(path);
+            if (watchByAncestor.contains(path)) break;
+            const AddedWatch added = system.watchAncestor(path);
+            if (added.watch >= 0) watchByAncestor.emplace(path, added.watch);
+        }
+    }
+    const auto isNeeded = [&](int watch) {
+        return foldersByWatch.contains(watch) ||
+               std::ranges::any_of(watchByAncestor, [&](const auto& entry) { return entry.second == watch; });
+    };
+    for (const auto& [path, watch] : former) {
+        if (!isNeeded(watch)) system.unwatch(watch);
+    }
+}

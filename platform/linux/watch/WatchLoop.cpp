@@ -1,0 +1,123 @@
+#include "platform/linux/watch/WatchLoop.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+namespace {
+
+constexpr std::chrono::milliseconds startBudget{50}; // so long may whoever opens a tree wait for it
+constexpr std::chrono::milliseconds sliceBudget{5};
+constexpr std::chrono::seconds lingering{1};
+
+} // namespace
+
+WatchLoop::WatchLoop(std::unique_ptr<LinuxWatchSystem> watchSystem, std::size_t queuedByteLimit, DeliveryPolicy policy)
+    : system(std::move(watchSystem)), watcher(*system, policy), byteLimit(queuedByteLimit) {}
+
+bool WatchLoop::start(const std::vector<std::string>& rootPaths, Queue& streamQueue,
+                      std::function<void(EventStreamBatch)> deliverBatch) {
+    try {
+        startReader();
+    } catch (const std::system_error&) {
+        return false; // no thread
+    }
+    deliver = std::move(deliverBatch);
+    {
+        const std::lock_guard lock(queueMutex);
+        queue = &streamQueue;
+    }
+    watcher.setRoots(rootPaths);
+    watcher.crawl(startBudget);
+    runSoon();
+    return true;
+}
+
+void WatchLoop::stop() {
+    if (!isRunning()) return;
+    ++generation;
+    deliver = nullptr;
+    isRunSubmitted = false;
+    timers.clear();
+    Queue* const formerQueue = queue;
+    {
+        const std::lock_guard lock(queueMutex);
+        queue = nullptr;
+    }
+    formerQueue->asyncAfter(lingering, [weakSelf = weak_from_this(), formerGeneration = generation] {
+        const auto self = weakSelf.lock();
+        if (!self || self->generation != formerGeneration || self->isRunning()) return;
+        self->watcher.setRoots({});
+    });
+}
+
+void WatchLoop::setInterest(const EventStreamInterest& interest) {
+    watcher.setInterest(interest);
+    if (isRunning()) runSoon();
+}
+
+void WatchLoop::startReader() {
+    if (reader || !system->canWatch()) return;
+    const auto mountsChanged = [this] {
+        haveMountsChanged = true;
+        wakeUp();
+    };
+    reader = std::make_unique<InotifyReader>(
+        system->inotifyDescriptor(), byteLimit, [this] { wakeUp(); }, mountsChanged);
+}
+
+void WatchLoop::wakeUp() {
+    const std::lock_guard lock(queueMutex);
+    if (!queue) return; // a later start looks by itself
+    queue->async([weakSelf = weak_from_this()] {
+        if (const auto self = weakSelf.lock(); self && self->isRunning()) self->run();
+    });
+}
+
+void WatchLoop::runSoon() {
+    if (std::exchange(isRunSubmitted, true)) return;
+    queue->async([weakSelf = weak_from_this(), submittedGeneration = generation] {
+        const auto self = weakSelf.lock();
+        if (!self || self->generation != submittedGeneration) return;
+        self->isRunSubmitted = false;
+        self->run();
+    });
+}
+
+void WatchLoop::run() {
+    if (haveMountsChanged.exchange(false)) watcher.handleMountChange();
+    handleBlocks();
+    watcher.crawl(sliceBudget);
+    EventStreamBatch batch = watcher.advance();
+    if (watcher.hasWork()) runSoon();
+    armTimer();
+    // Last, and by a copy: the receiver may stop the stream, and with it do away with the function.
+    const auto deliverBatch = deliver;
+    if (!batch.empty()) deliverBatch(std::move(batch));
+}
+
+void WatchLoop::handleBlocks() {
+    const WatchTime end = system->now() + sliceBudget;
+    while (reader) {
+        const auto block = reader->takeBlock();
+        if (!block) return;
+        watcher.handleBlock(*block);
+        if (system->now() < end) continue;
+        // There may be more, and nobody will call for it.
+        runSoon();
+        return;
+    }
+}
+
+void WatchLoop::armTimer() {
+    const auto deadline = watcher.nextDeadline();
+    if (!deadline || (!timers.empty() && *timers.begin() <= *deadline)) return;
+    timers.insert(*deadline);
+    const auto delay = std::max(*deadline - system->now(), WatchTime::duration::zero());
+    queue->asyncAfter(delay, [weakSelf = weak_from_this(), submittedGeneration = generation, time = *deadline] {
+        const auto self = weakSelf.lock();
+        if (!self || self->generation != submittedGeneration) return;
+        self->timers.erase(self->timers.find(time));
+        self->run();
+    });
+}

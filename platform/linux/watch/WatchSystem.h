@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/FileManager.h"
+#include "platform/linux/FileIdentity.h"
+#include "platform/linux/watch/DeliveryWindow.h"
+#include "platform/linux/watch/ItemIdentity.h"
+#include "platform/linux/watch/MountTable.h"
+
+// What the watcher asks of the kernel; a test may put a limit or a disk of its own in its place.
+
+// What the kernel can tell of a file system's changes.
+enum class EventCoverage : std::uint8_t {
+    complete,
+    ownChangesOnly, // others reach the files on another way, as with network file systems
+    pointless       // made up by the kernel; nobody's files are there
+};
+
+struct FolderStatus {
+    FileIdentity identity{};
+    std::int64_t stamp{};   // nanoseconds of the last change to the list of entries
+    bool isSettled = false; // the stamp is so old that a further change would have another one
+    EventCoverage coverage{};
+};
+
+// By what a poll tells that a file was written.
+struct FileStamp {
+    std::uint64_t inode{};
+    std::uint64_t size{};
+    std::int64_t modified{};
+
+    bool operator==(const FileStamp&) const = default;
+};
+
+// A folder that stays the same one, whatever happens to its path.
+class OpenFolder {
+public:
+    virtual ~OpenFolder() = default;
+
+    virtual FolderStatus status() const = 0;
+    virtual ItemIdentity item(const std::string& name) const = 0;
+    virtual std::optional<FileStamp> fileStamp(const std::string& name) const = 0;
+    // Hands over all entries. False when the reading failed part of the way.
+    virtual bool forEachEntry(const std::function<void(std::string_view, ItemIdentity)>& visit) const = 0;
+};
+
+struct OpenedFolder {
+    std::unique_ptr<OpenFolder> folder{}; // absent on failure
+    int error{};
+};
+
+struct AddedWatch {
+    int watch = -1; // -1 on failure
+    int error{};
+};
+
+enum class OpenFor { looking, listing };
+
+class WatchSystem {
+public:
+    virtual ~WatchSystem() = default;
+
+    virtual WatchTime now() const = 0;
+    virtual bool canWatch() const = 0;
+
+    virtual OpenedFolder openFolder(const std::string& path, FollowLinks links, OpenFor purpose) = 0;
+    virtual std::optional<FileIdentity> directoryAt(const std::string& path) = 0; // links followed
+    virtual ItemIdentity itemAt(const std::string& path) = 0;
+
+    // A folder that is watched already keeps its watch, under either of the two.
+    virtual AddedWatch watchFolder(const std::string& path, FollowLinks links) = 0;
+    virtual AddedWatch watchAncestor(const std::string& path) = 0; // tells only that it is moved or deleted
+    virtual void unwatch(int watch) = 0;
+
+    virtual std::vector<MountPoint> mountPoints() = 0;
+};

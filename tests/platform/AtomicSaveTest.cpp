@@ -1,0 +1,491 @@
+#include "platform/linux/files/AtomicSave.h"
+
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <thread>
+
+#include "platform/PlatformError.h"
+#include "platform/linux/TemporaryName.h"
+#include "platform/linux/files/StableRead.h"
+#include "tests/support/DirectorySnapshot.h"
+#include "tests/support/Files.h"
+#include "tests/support/OrdinaryUser.h"
+#include "tests/support/SystemCallTracer.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace {
+
+const std::string oldBytes(5000, 'o');
+const std::string newBytes(7000, 'n');
+
+FileAttributes replaceFile(const std::string& path, std::string_view data) {
+    return prepareReplacement(path, data)->commit();
+}
+
+mode_t modeOf(const std::string& path) {
+    struct stat status {};
+    EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
+    return status.st_mode & 07777;
+}
+
+Trace traceSave(const std::string& path, const std::vector<SystemCallFault>& faults = {}) {
+    return traceSystemCalls(
+        [&] {
+            replaceFile(path, newBytes);
+            return std::string();
+        },
+        faults);
+}
+
+// A way through the save: a directory to begin with, and a fault that is always there and opens the way.
+struct Course {
+    const char* name;
+    bool hasOldFile;
+    bool throughLink;
+    SystemCallFault standingFault{};
+    TraceEnding ending = TraceEnding::returned;
+};
+
+const Course courses[] = {
+    {"a new file", false, false},
+    {"an existing file", true, false},
+    {"through a link", true, true},
+    {"through a link that leads nowhere", false, true},
+    {"a file system without unnamed files", true, false, {2, FaultKind::fail, EOPNOTSUPP, {}, "openat"}},
+    {"a new file without unnamed files", false, false, {2, FaultKind::fail, EISDIR, {}, "openat"}},
+    {"a system without /proc", true, false, {1, FaultKind::fail, ENOENT, {}, "linkat"}},
+    {"a full disk", true, false, {1, FaultKind::fail, ENOSPC, {}, "write"}, TraceEnding::threw},
+    {"a refused replacement", true, false, {1, FaultKind::fail, EACCES, {}, "renameat"}, TraceEnding::threw},
+};
+
+class SavedDirectory {
+public:
+    explicit SavedDirectory(Course taken) : course(std::move(taken)) {
+        if (course.hasOldFile) {
+            writeFile(directory.path("file"), oldBytes);
+            ::chmod(directory.path("file").c_str(), 0640);
+            ::setxattr(directory.path("file").c_str(), "user.tag", "value", 5, 0);
+        }
+        if (course.throughLink) std::filesystem::create_symlink("file", directory.path("link"));
+        before = snapshotOf(directory.path());
+    }
+
+    std::string path() const { return directory.path(course.throughLink ? "link" : "file"); }
+
+    Trace save(const SystemCallFault& fault) const { return traceSave(path(), {fault, course.standingFault}); }
+
+    // What lies there now, without the temporaries, of which there may be so many and no more.
+    DirectorySnapshot entries(std::size_t temporariesAllowed) const {
+        DirectorySnapshot now = snapshotOf(directory.path());
+        const std::size_t temporaries =
+            std::erase_if(now, [](const auto& entry) { return isTemporarySaveName(entry.first); });
+        EXPECT_LE(temporaries, temporariesAllowed);
+        return now;
+    }
+
+    void expectUntouched(std::size_t temporariesAllowed) const { EXPECT_EQ(entries(temporariesAllowed), before); }
+
+    void expectSaved(std::size_t temporariesAllowed) const {
+        DirectorySnapshot now = entries(temporariesAllowed);
+        EXPECT_EQ(readFile(directory.path("file")), newBytes);
+        DirectorySnapshot others = before;
+        now.erase("file");
+        others.erase("file");
+        EXPECT_EQ(now, others);
+    }
+
+    bool isUntouched() const {
+        const bool isThere = std::filesystem::exists(directory.path("file"));
+        return isThere == course.hasOldFile && (!isThere || readFile(directory.path("file")) == oldBytes);
+    }
+
+private:
+    const Course course;
+    TemporaryDirectory directory;
+    DirectorySnapshot before;
+};
+
+TEST(AtomicSave, ASaveKilledAtAnyCallLeavesTheOldFileOrTheNew) {
+    if (!canTraceSystemCalls()) GTEST_SKIP() << "this system allows no tracing";
+    for (const Course& course : courses) {
+        for (std::size_t call = 1;; ++call) {
+            SCOPED_TRACE(std::string(course.name) + ", killed at call " + std::to_string(call));
+            const SavedDirectory directory(course);
+            const Trace trace = directory.save({.call = call, .kind = FaultKind::kill});
+            if (trace.calls.size() < call) {
+                EXPECT_EQ(trace.ending, course.ending) << trace.message;
+                break;
+            }
+            if (directory.isUntouched())
+                directory.expectUntouched(1);
+            else
+                directory.expectSaved(1);
+        }
+    }
+}
+
+TEST(AtomicSave, ASaveWhoseAnyCallFailsSucceedsOrLeavesEverythingAsItWas) {
+    if (!canTraceSystemCalls()) GTEST_SKIP() << "this system allows no tracing";
+    const int errors[] = {EIO, ENOSPC, EACCES, EPERM, EINTR, EINVAL, EOPNOTSUPP, ENOENT, EEXIST};
+    for (const Course& course : courses) {
+        for (const int error : errors) {
+            for (std::size_t call = 1;; ++call) {
+                const SavedDirectory directory(course);
+                const Trace trace = directory.save({.call = call, .kind = FaultKind::fail, .errorNumber = error});
+                if (trace.calls.size() < call) break;
+                if (error == ENOENT && trace.calls[call - 1].ends_with("stat")) continue; // an answer, not a failure
+                SCOPED_TRACE(std::string(course.name) + ", call " + std::to_string(call) + " " + trace.calls[call - 1] +
+                             ": " + std::strerror(error));
+                // Only a removal that itself fails may leave a temporary behind.
+                const std::size_t temporaries = trace.calls[call - 1] == "unlinkat" ? 1 : 0;
+                if (trace.ending == TraceEnding::threw) {
+                    directory.expectUntouched(temporaries);
+                    EXPECT_EQ(trace.message.find("Cannot save “" + directory.path() + "”: "), 0u) << trace.message;
+                } else {
+                    directory.expectSaved(temporaries);
+                }
+            }
+        }
+    }
+}
+
+TEST(AtomicSave, FailuresThatCostTheFileAreReportedAndOthersAreNot) {
+    if (!canTraceSystemCalls()) GTEST_SKIP() << "this system allows no tracing";
+    struct Row {
+        const char* name;
+        const char* call;
+        int error;
+        TraceEnding ending;
+    };
+    const Row rows[] = {
+        {"an interrupted write goes on", "write", EINTR, TraceEnding::returned},
+        {"a full disk", "write", ENOSPC, TraceEnding::threw},
+        {"the owner may not be given away", "fchown", EPERM, TraceEnding::returned},
+        {"the old owner's quota is used up", "fchown", EDQUOT, TraceEnding::threw},
+        {"no extended attributes here", "llistxattr", ENOTSUP, TraceEnding::returned},
+        {"an attribute that may not be set", "fsetxattr", EPERM, TraceEnding::returned},
+        {"no room for an attribute", "fsetxattr", ENOSPC, TraceEnding::threw},
+        {"an unreadable attribute", "lgetxattr", EIO, TraceEnding::threw},
+        {"an ACL that stays", "fremovexattr", EIO, TraceEnding::threw},
+        {"no modes here", "fchmod", EPERM, TraceEnding::returned},
+        {"a mode that is lost", "fchmod", EIO, TraceEnding::threw},
+        {"no flushing here", "fdatasync", EINVAL, TraceEnding::returned},
+        {"an interrupted flush goes on", "fdatasync", EINTR, TraceEnding::returned},
+        {"a file that cannot be looked at", "fstat", EIO, TraceEnding::threw},
+        {"bytes that never reach the disk", "fdatasync", EIO, TraceEnding::threw},
+        {"a write that shows as lost only now", "close", EIO, TraceEnding::threw},
+        {"a directory that cannot be flushed", "fsync", EIO, TraceEnding::returned},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Trace trace = SavedDirectory(courses[1]).save({1, FaultKind::fail, row.error, {}, row.call});
+        if (std::ranges::count(trace.calls, row.call) == 0) continue; // no attributes on this file system
+        EXPECT_EQ(trace.ending, row.ending) << trace.message;
+        EXPECT_EQ(trace.errorNumber, row.ending == TraceEnding::threw ? row.error : 0);
+    }
+}
+
+TEST(AtomicSave, ASaveMakesNoCallTooMany) {
+    if (!canTraceSystemCalls()) GTEST_SKIP() << "this system allows no tracing";
+    const TemporaryDirectory directory;
+    EXPECT_EQ(traceSave(directory.path("file")).calls.size(), 11u);
+    EXPECT_EQ(traceSave(directory.path("file")).calls.size(), 15u);
+}
+
+TEST(AtomicSave, WhatIsNoFileIsRefusedAndLeftAlone) {
+    const TemporaryDirectory directory;
+    std::filesystem::create_directory(directory.path("directory"));
+    ASSERT_EQ(::mkfifo(directory.path("fifo").c_str(), 0600), 0);
+    ASSERT_EQ(::mknod(directory.path("socket").c_str(), S_IFSOCK | 0600, 0), 0);
+    writeFile(directory.path("file"), oldBytes);
+    const std::pair<const char*, const char*> links[] = {{"directory", "toDirectory"}, {"fifo", "toFifo"},
+                                                         {"socket", "toSocket"},       {"loop2", "loop1"},
+                                                         {"loop1", "loop2"},           {"missing/file", "toMissing"}};
+    for (const auto& [target, name] : links) std::filesystem::create_symlink(target, directory.path(name));
+    const DirectorySnapshot before = snapshotOf(directory.path());
+    struct Row {
+        std::string name;
+        int error;
+    };
+    const Row rows[] = {
+        {"directory", EISDIR},
+        {"fifo", EOPNOTSUPP},
+        {"toDirectory", EISDIR},
+        {"toFifo", EOPNOTSUPP},
+        {"loop1", ELOOP},
+        {"toSocket", EOPNOTSUPP},
+        {"missing/file", ENOENT},
+        {"file/x", ENOTDIR},
+        {"file/", ENOTDIR},
+        {"new/", ENOENT},
+        {"toMissing", ENOENT},
+        {std::string("file\0x", 6), ENOENT},
+        {std::string(256, 'x'), ENAMETOOLONG},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        try {
+            replaceFile(directory.path(row.name), newBytes);
+            ADD_FAILURE() << "was saved";
+        } catch (const PlatformError& error) {
+            EXPECT_EQ(error.code, row.error) << error.what();
+        }
+        EXPECT_EQ(snapshotOf(directory.path()), before);
+    }
+}
+
+TEST(AtomicSave, ALinkStaysAndItsTargetIsReplaced) {
+    struct Row {
+        const char* name;
+        std::vector<std::pair<std::string, std::string>> links; // name and destination, "@" is the directory
+        const char* saved;
+    };
+    const Row rows[] = {
+        {"relative", {{"link", "folder/file"}}, "link"},
+        {"absolute", {{"link", "@/folder/file"}}, "link"},
+        {"relative to the link's own folder", {{"folder/link", "file"}}, "folder/link"},
+        {"up and down", {{"folder/link", "../folder/file"}}, "folder/link"},
+        {"a chain", {{"one", "two"}, {"two", "folder/three"}, {"folder/three", "file"}}, "one"},
+        {"a folder on the way", {{"way", "folder"}}, "way/file"},
+    };
+    for (const Row& row : rows) {
+        for (const bool isThere : {true, false}) {
+            SCOPED_TRACE(std::string(row.name) + (isThere ? "" : ", leading nowhere"));
+            const TemporaryDirectory directory;
+            std::filesystem::create_directory(directory.path("folder"));
+            if (isThere) writeFile(directory.path("folder/file"), oldBytes);
+            for (auto [name, destination] : row.links) {
+                if (destination[0] == '@') destination.replace(0, 1, directory.path());
+                std::filesystem::create_symlink(destination, directory.path(name));
+            }
+            DirectorySnapshot before = snapshotOf(directory.path());
+            replaceFile(directory.path(row.saved), newBytes);
+            EXPECT_EQ(readFile(directory.path("folder/file")), newBytes);
+            DirectorySnapshot after = snapshotOf(directory.path());
+            for (const char* changed : {"folder/file"}) before.erase(changed), after.erase(changed);
+            EXPECT_EQ(after, before);
+        }
+    }
+}
+
+TEST(AtomicSave, ModeAndOwnerAreKept) {
+    for (const mode_t mode : {0600u, 0644u, 0755u, 0444u, 0200u, 04755u, 02750u, 01666u}) {
+        SCOPED_TRACE(mode);
+        const TemporaryDirectory directory;
+        const std::string path = directory.path("file");
+        writeFile(path, oldBytes);
+        const bool isRoot = ::geteuid() == 0;
+        if (isRoot) {
+            ASSERT_EQ(::chown(path.c_str(), 1234, 5678), 0);
+        }
+        ASSERT_EQ(::chmod(path.c_str(), mode), 0);
+        replaceFile(path, newBytes);
+        EXPECT_EQ(modeOf(path), mode);
+        struct stat status {};
+        ASSERT_EQ(::stat(path.c_str(), &status), 0);
+        EXPECT_EQ(status.st_uid, isRoot ? 1234 : ::geteuid());
+        EXPECT_EQ(status.st_gid, isRoot ? 5678 : ::getegid());
+    }
+}
+
+TEST(AtomicSave, ANewFileGetsWhatTheUmaskLeaves) {
+    const TemporaryDirectory directory;
+    const mode_t before = ::umask(027);
+    replaceFile(directory.path("file"), newBytes);
+    ::umask(before);
+    EXPECT_EQ(modeOf(directory.path("file")), 0640u);
+}
+
+TEST(AtomicSave, AnOrdinaryUserGetsNoMoreThanTheFoldersAllow) {
+    if (::geteuid() != 0 || !canTraceSystemCalls()) GTEST_SKIP() << "needs root, to be another user for a while";
+    struct Row {
+        const char* name;
+        mode_t folderMode;
+        uid_t fileOwner;
+        mode_t fileMode;
+        int error; // 0: saved
+        mode_t modeAfterwards;
+    };
+    const Row rows[] = {
+        {"a folder that may not be written", 0755, ordinaryUserID, 0644, EACCES, 0644},
+        {"another's file in a sticky folder", 01777, 0, 0666, EPERM, 0666},
+        {"another's file becomes ours", 0777, 0, 0640, 0, 0640},
+        {"set-id bits do not pass to a new owner", 0777, 0, 06755, 0, 0755},
+        {"own file, set-id bits stay", 0777, ordinaryUserID, 06755, 0, 06755},
+        {"own file that may not be read", 0777, ordinaryUserID, 0200, 0, 0200},
+        {"own file in a folder that may not be listed", 0333, ordinaryUserID, 0644, 0, 0644},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const TemporaryDirectory directory;
+        const std::string path = directory.path("folder/file");
+        writeFile(path, oldBytes);
+        ASSERT_EQ(::chown(path.c_str(), row.fileOwner, row.fileOwner), 0);
+        ASSERT_EQ(::chmod(path.c_str(), row.fileMode), 0);
+        ASSERT_EQ(::chmod(directory.path("folder").c_str(), row.folderMode), 0);
+        ASSERT_EQ(::chmod(directory.path().c_str(), 0755), 0);
+        const DirectorySnapshot before = snapshotOf(directory.path());
+        const Trace trace = traceSystemCalls([&] {
+            becomeOrdinaryUser();
+            replaceFile(path, newBytes);
+            return std::string();
+        });
+        EXPECT_EQ(trace.errorNumber, row.error) << trace.message;
+        EXPECT_EQ(modeOf(path), row.modeAfterwards);
+        if (row.error != 0)
+            EXPECT_EQ(snapshotOf(directory.path()), before);
+        else
+            EXPECT_EQ(readFile(path), newBytes);
+        EXPECT_EQ(snapshotOf(directory.path()).size(), before.size());
+    }
+}
+
+// In shared folders the kernel does not follow a link that belongs neither to the user nor to the folder's owner.
+TEST(AtomicSave, ALinkThatTheKernelRefusesToFollowIsNotFollowedByHand) {
+    if (!canTraceSystemCalls()) GTEST_SKIP() << "this system allows no tracing";
+    const SavedDirectory directory({"", true, true});
+    const Trace trace = directory.save({1, FaultKind::fail, EACCES, {}, "stat"});
+    EXPECT_EQ(trace.errorNumber, EACCES) << trace.message;
+    directory.expectUntouched(0);
+}
+
+// An access control list in the form in which the kernel hands it out.
+std::string accessControlList(std::uint16_t namedUserPermissions) {
+    struct Entry {
+        std::uint16_t tag, permissions;
+        std::uint32_t id;
+    };
+    const std::uint32_t version = 2, nobody = 0xffffffff;
+    const Entry entries[] = {
+        {0x01, 6, nobody}, {0x02, namedUserPermissions, 1234}, {0x04, 4, nobody}, {0x10, 7, nobody}, {0x20, 4, nobody}};
+    std::string bytes(reinterpret_cast<const char*>(&version), sizeof version);
+    return bytes.append(reinterpret_cast<const char*>(entries), sizeof entries);
+}
+
+TEST(AtomicSave, ExtendedAttributesAndAccessListsAreKeptAndNoneAreAdded) {
+    const TemporaryDirectory directory;
+    const std::string tagged = directory.path("tagged"), listed = directory.path("listed"),
+                      plain = directory.path("plain"), fresh = directory.path("fresh");
+    for (const std::string& path : {tagged, listed, plain}) writeFile(path, oldBytes);
+    const std::string large(2000, 'x');
+    if (::setxattr(tagged.c_str(), "user.large", large.data(), large.size(), 0) != 0 ||
+        ::setxattr(tagged.c_str(), "user.empty", "", 0, 0) != 0)
+        GTEST_SKIP() << "no extended attributes in " << directory.path() << ": " << std::strerror(errno);
+    const std::string list = accessControlList(6), folderList = accessControlList(7);
+    if (::setxattr(listed.c_str(), "system.posix_acl_access", list.data(), list.size(), 0) != 0 ||
+        ::setxattr(directory.path().c_str(), "system.posix_acl_default", folderList.data(), folderList.size(), 0) != 0)
+        GTEST_SKIP() << "no access lists in " << directory.path() << ": " << std::strerror(errno);
+    for (const std::string& path : {tagged, listed, plain}) {
+        SCOPED_TRACE(path);
+        const std::string attributes = extendedAttributes(path);
+        const mode_t mode = modeOf(path);
+        replaceFile(path, newBytes);
+        EXPECT_EQ(extendedAttributes(path), attributes);
+        EXPECT_EQ(modeOf(path), mode);
+    }
+    replaceFile(fresh, newBytes);
+    EXPECT_NE(extendedAttributes(fresh).find("posix_acl_access"), std::string::npos);
+}
+
+TEST(AtomicSave, OtherHardLinksKeepTheOldBytes) {
+    const TemporaryDirectory directory;
+    writeFile(directory.path("file"), oldBytes);
+    std::filesystem::create_hard_link(directory.path("file"), directory.path("other"));
+    replaceFile(directory.path("file"), newBytes);
+    EXPECT_EQ(readFile(directory.path("other")), oldBytes);
+    EXPECT_EQ(readFile(directory.path("file")), newBytes);
+}
+
+TEST(AtomicSave, TheLongestNamesFit) {
+    const TemporaryDirectory directory;
+    std::string threeByteCharacters;
+    while (threeByteCharacters.size() < 255) threeByteCharacters += "日";
+    for (const std::string& name : {std::string(255, 'x'), threeByteCharacters, std::string(255, '\xff')}) {
+        replaceFile(directory.path(name), oldBytes);
+        replaceFile(directory.path(name), newBytes);
+        EXPECT_EQ(readFile(directory.path(name)), newBytes);
+    }
+    EXPECT_EQ(snapshotOf(directory.path()).size(), 3u);
+}
+
+TEST(AtomicSave, TheReturnedAttributesAreThoseOfTheFileUntilSomeoneElseWrites) {
+    const TemporaryDirectory directory;
+    const std::string path = directory.path("file");
+    for (const char* which : {"new", "existing"}) {
+        SCOPED_TRACE(which);
+        const FileAttributes written = replaceFile(path, newBytes);
+        EXPECT_EQ(written, contentsOfFile(path, 1 << 20).attributes);
+        EXPECT_EQ(written.size, newBytes.size());
+    }
+    if (!canTraceSystemCalls()) return;
+    const Trace trace = traceSystemCalls(
+        [&] {
+            const FileAttributes written = replaceFile(path, newBytes);
+            return std::string(written == contentsOfFile(path, 1 << 20).attributes ? "overlooked" : "noticed");
+        },
+        {{1, FaultKind::interlude, 0, [&] { writeFile(path, "foreign"); }, "fsync"}});
+    EXPECT_EQ(trace.message, "noticed");
+}
+
+TEST(AtomicSave, AReaderNeverSeesAMixture) {
+    const TemporaryDirectory directory;
+    const std::string path = directory.path("file");
+    const std::string versions[] = {std::string(200'000, 'a'), std::string(200'000, 'b')};
+    replaceFile(path, versions[0]);
+    std::atomic<bool> isDone = false;
+    std::thread writer([&] {
+        for (int round = 0; round < 100; ++round) replaceFile(path, versions[round % 2]);
+        isDone = true;
+    });
+    while (!isDone) {
+        const std::string data = contentsOfFile(path, 1 << 20).data;
+        if (data != versions[0] && data != versions[1]) ADD_FAILURE() << "read " << data.size() << " bytes";
+    }
+    writer.join();
+}
+
+// A file system of 64 KB, for as long as the object lives.
+class TinyFileSystem {
+public:
+    TinyFileSystem() : isMounted(::mount("tmpfs", directory.path().c_str(), "tmpfs", 0, "size=64k") == 0) {}
+    TinyFileSystem(const TinyFileSystem&) = delete;
+    TinyFileSystem& operator=(const TinyFileSystem&) = delete;
+    ~TinyFileSystem() {
+        if (isMounted) ::umount2(directory.path().c_str(), MNT_DETACH);
+    }
+
+    explicit operator bool() const { return isMounted; }
+    std::string path(const std::string& name) const { return directory.path(name); }
+
+private:
+    TemporaryDirectory directory;
+    bool isMounted;
+};
+
+TEST(AtomicSave, AFullDiskKeepsTheOldFile) {
+    const TinyFileSystem disk;
+    if (!disk) GTEST_SKIP() << "may not mount";
+    const std::string path = disk.path("file");
+    replaceFile(path, std::string(40'000, 'o'));
+    const DirectorySnapshot before = snapshotOf(disk.path(""));
+    for (const std::size_t size : {30'000, 100'000}) {
+        try {
+            replaceFile(path, std::string(size, 'n'));
+            ADD_FAILURE() << "was saved";
+        } catch (const PlatformError& error) {
+            EXPECT_EQ(error.localizedDescription, "Cannot save “" + path + "”: No space left on device.");
+        }
+        EXPECT_EQ(snapshotOf(disk.path("")), before);
+    }
+    replaceFile(path, "fits again");
+    EXPECT_EQ(readFile(path), "fits again");
+}
+
+} // namespace

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/linux/watch/KernelRecord.h"
+#include "platform/linux/watch/WatchSystem.h"
+
+// A disk in memory that writes down, for every operation, what inotify would tell. It gives the number of a file that
+// is gone to the next one at once, as some file systems do.
+class FakeDisk final : public WatchSystem {
+public:
+    FakeDisk();
+
+    // Operations. Each appends its records to the block that takeBlock() hands over.
+    void makeDirectory(const std::string& path);
+    void createFile(const std::string& path);
+    void writeFile(const std::string& path);
+    void closeFile(const std::string& path);
+    void changeAttributes(const std::string& path);
+    void link(const std::string& path, const std::string& newPath);
+    void move(const std::string& path, const std::string& newPath);
+    void exchange(const std::string& path, const std::string& otherPath);
+    void remove(const std::string& path); // with all below it
+    void arrive(const std::string& path); // a complete file from where nobody watches
+    void leave(const std::string& path);
+    void mount(const std::string& path); // another file system over a directory
+
+    std::string takeBlock();
+    // What was not taken is lost, as in a full queue of the kernel.
+    void loseBlock();
+
+    bool exists(const std::string& path) const { return items.contains(path); }
+    // A file that somebody has begun to write and not closed.
+    bool isHalfWritten(const std::string& path) const;
+    std::set<std::string> paths() const;
+
+    WatchTime time{std::chrono::hours(1)};
+    bool hasInotify = true;
+    std::size_t watchLimit = 1'000'000;
+    EventCoverage coverage = EventCoverage::complete;
+    // What is done before the next watch is added, to come between two steps of the watcher.
+    std::function<void()> beforeNextWatch{};
+
+    WatchTime now() const override { return time; }
+    bool canWatch() const override { return hasInotify; }
+    OpenedFolder openFolder(const std::string& path, FollowLinks links, OpenFor purpose) override;
+    std::optional<FileIdentity> directoryAt(const std::string& path) override;
+    ItemIdentity itemAt(const std::string& path) override;
+    AddedWatch watchFolder(const std::string& path, FollowLinks links) override;
+    AddedWatch watchAncestor(const std::string& path) override;
+    void unwatch(int watch) override;
+    std::vector<MountPoint> mountPoints() override { return mounts; }
+
+    std::size_t watchCount() const { return watchByInode.size(); }
+    std::size_t listings = 0; // how many times a folder was listed
+
+private:
+    friend class FakeFolder;
+
+    struct Item {
+        std::uint64_t inode{};
+        ItemType type{};
+        dev_t device = 1;
+    };
+    struct File {
+        int links = 1;
+        std::uint64_t version = 0;
+        bool isBeingWritten = false;
+    };
+
+    std::uint64_t newInode();
+    void put(const std::string& path, ItemType type);
+    void erase(const std::string& path);
+    void relocate(const std::string& path, const std::string& newPath);
+    void tell(const std::string& path, std::uint32_t mask, std::uint32_t cookie = 0);
+    void tellItself(const std::string& path, std::uint32_t mask);
+    void record(int watch, std::uint32_t mask, std::uint32_t cookie, const std::string& name);
+
+    std::map<std::string, Item> items{};
+    std::map<std::uint64_t, File> files{};
+    std::map<std::uint64_t, int> watchByInode{};
+    std::vector<MountPoint> mounts{};
+    std::vector<std::uint64_t> freeInodes{};
+    std::uint64_t lastInode = 100;
+    dev_t lastDevice = 1;
+    int lastWatch = 0;
+    std::uint32_t lastCookie = 0;
+    std::string block{};
+};

@@ -1,0 +1,233 @@
+#include "platform/linux/watch/TreeWatcher.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/platform/watch/FakeDisk.h"
+#include "tests/platform/watch/Told.h"
+
+// What cannot be provoked at will on a real kernel, on a disk and with a clock of the test's own.
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using Tellings = std::vector<std::string>;
+
+class TreeWatcherTest : public testing::Test {
+protected:
+    TreeWatcherTest() {
+        for (const char* path : {"/w", "/w/d", "/w/d/e"}) disk.makeDirectory(path);
+        for (const char* path : {"/w/a.txt", "/w/d/n.txt"}) write(path);
+        disk.takeBlock();
+    }
+
+    void write(const std::string& path) {
+        if (!disk.exists(path)) disk.createFile(path);
+        disk.writeFile(path);
+        disk.closeFile(path);
+    }
+
+    void start() {
+        watcher.setRoots({"/w"});
+        passOn();
+        toldWithin(seconds(1));
+    }
+
+    void passOn() {
+        watcher.handleBlock(disk.takeBlock());
+        watcher.crawl(seconds(1));
+    }
+
+    Tellings toldWithin(std::chrono::nanoseconds time) {
+        Tellings result;
+        const WatchTime end = disk.time + time;
+        while (watcher.nextDeadline() && *watcher.nextDeadline() <= end) {
+            disk.time = std::max(disk.time, *watcher.nextDeadline());
+            const Tellings now = told(watcher.advance());
+            result.insert(result.end(), now.begin(), now.end());
+            watcher.crawl(seconds(1));
+        }
+        disk.time = end;
+        return result;
+    }
+
+    Tellings toldAfter() {
+        passOn();
+        return toldWithin(seconds(1));
+    }
+
+    FakeDisk disk;
+    TreeWatcher watcher{disk};
+};
+
+TEST_F(TreeWatcherTest, FindsEverythingOutAfterALoss) {
+    start();
+    disk.remove("/w/d/e");
+    disk.move("/w/a.txt", "/w/b.txt");
+    disk.makeDirectory("/w/new");
+    write("/w/new/f");
+    disk.loseBlock();
+    EXPECT_EQ(toldAfter(), (Tellings{"removed /w/a.txt", "removed dir /w/d/e", "created /w/b.txt", "created dir /w/new",
+                                     "created /w/new/f"}));
+    write("/w/new/f");
+    EXPECT_EQ(toldAfter(), Tellings{"modified /w/new/f"});
+}
+
+TEST_F(TreeWatcherTest, LooksOnceForSeveralLosses) {
+    start();
+    const std::size_t before = disk.listings;
+    disk.loseBlock();
+    const std::string lost = disk.takeBlock();
+    watcher.handleBlock(lost + lost + lost);
+    passOn();
+    EXPECT_LE(disk.listings - before, 6U); // three folders, now and once more for what was lost on the way
+}
+
+TEST_F(TreeWatcherTest, WatchesADirectoryThatMovesWhileItIsBeingWatched) {
+    start();
+    disk.makeDirectory("/w/p");
+    disk.makeDirectory("/w/p/q");
+    disk.beforeNextWatch = [&] { disk.move("/w/p", "/w/r"); };
+    EXPECT_EQ(toldAfter(), Tellings{}); // the path that is known leads nowhere
+    EXPECT_EQ(toldAfter(), (Tellings{"created dir /w/r", "created dir /w/r/q"}));
+    write("/w/r/q/f");
+    EXPECT_EQ(toldAfter(), Tellings{"created /w/r/q/f"});
+}
+
+TEST_F(TreeWatcherTest, SaysNothingOfADirectoryInWhichAnotherStands) {
+    start();
+    write("/w/d/n.txt");
+    watcher.handleBlock(disk.takeBlock());
+    disk.move("/w/d", "/w/r"); // known to the disk, but not yet to the watcher
+    disk.makeDirectory("/w/d");
+    EXPECT_EQ(toldWithin(milliseconds(8)), Tellings{});
+    EXPECT_EQ(toldAfter(),
+              (Tellings{"removed dir /w/d", "created dir /w/d", "created dir /w/r", "modified /w/r/n.txt"}));
+}
+
+TEST_F(TreeWatcherTest, RecognisesANewRootByTheLostWatch) {
+    start();
+    disk.remove("/w");
+    disk.makeDirectory("/w"); // gets the number of the old one
+    write("/w/f");
+    EXPECT_EQ(toldAfter(), Tellings{"rootChanged /w"});
+    write("/w/f");
+    EXPECT_EQ(toldAfter(), Tellings{"modified /w/f"});
+}
+
+TEST_F(TreeWatcherTest, TellsThatTheRootCameBack) {
+    start();
+    disk.remove("/w");
+    EXPECT_EQ(toldAfter(), Tellings{"rootChanged /w"});
+    disk.makeDirectory("/w");
+    EXPECT_EQ(toldWithin(seconds(6)), Tellings{"rootChanged /w"});
+}
+
+TEST_F(TreeWatcherTest, LooksOnceAtWhatItBeginsToWatch) {
+    watcher.setInterest({.documentRootPaths = {"/w"}});
+    start();
+    watcher.setInterest({.directoryPaths = {"/w/d"}, .documentPaths = {"/w/d/e/x"}});
+    EXPECT_EQ(toldWithin(seconds(1)), Tellings{}); // it was all under watch
+    disk.makeDirectory("/v");
+    watcher.setRoots({"/v", "/w"});
+    watcher.setInterest({.directoryPaths = {"/v"}});
+    disk.beforeNextWatch = [&] { write("/v/f"); };
+    EXPECT_EQ(toldWithin(seconds(1)), Tellings{});
+}
+
+TEST_F(TreeWatcherTest, SendsWhoeverListedInBetweenToLookAgain) {
+    watcher.setInterest({.directoryPaths = {"/w"}});
+    start();
+    write("/w/probe");
+    disk.remove("/w/probe");
+    EXPECT_EQ(toldAfter(), Tellings{"look /w"});
+}
+
+TEST_F(TreeWatcherTest, NamesFoldersOfInterestBelowWhatGoes) {
+    watcher.setInterest({.directoryPaths = {"/w/d/e"}, .documentPaths = {"/w/d/n.txt"}});
+    start();
+    disk.leave("/w/d");
+    EXPECT_EQ(toldAfter(), (Tellings{"removed dir /w/d", "look /w/d", "look /w/d/e"}));
+}
+
+TEST_F(TreeWatcherTest, PollsWhatIsOfInterestWithoutInotify) {
+    disk.hasInotify = false;
+    watcher.setInterest({.directoryPaths = {"/w/d"}});
+    start();
+    write("/w/d/n.txt");
+    write("/w/d/new");
+    write("/w/a.txt"); // nobody looks there
+    EXPECT_EQ(toldWithin(seconds(3)), (Tellings{"created /w/d/new", "modified /w/d/n.txt"}));
+    disk.remove("/w/d/new");
+    EXPECT_EQ(toldWithin(seconds(3)), Tellings{"removed /w/d/new"});
+}
+
+TEST_F(TreeWatcherTest, PollsFileSystemsThatOthersChange) {
+    disk.coverage = EventCoverage::ownChangesOnly;
+    watcher.setInterest({.directoryPaths = {"/w/d"}});
+    start();
+    write("/w/d/n.txt");
+    disk.takeBlock(); // written elsewhere
+    EXPECT_EQ(toldWithin(seconds(3)), Tellings{"modified /w/d/n.txt"});
+}
+
+TEST_F(TreeWatcherTest, GivesWatchesToWhatIsOfInterestAndTakesThemUpAgain) {
+    disk.watchLimit = 2;
+    start();
+    EXPECT_EQ(disk.watchCount(), 2U);
+    watcher.setInterest({.directoryPaths = {"/w/d/e"}});
+    watcher.crawl(seconds(1));
+    disk.watchLimit = 10;
+    toldWithin(seconds(6));
+    EXPECT_EQ(disk.watchCount(), 3U);
+    write("/w/d/n.txt");
+    EXPECT_EQ(toldAfter(), Tellings{"modified /w/d/n.txt"});
+}
+
+TEST_F(TreeWatcherTest, NoticesAMount) {
+    start();
+    disk.mount("/w/d/e");
+    watcher.handleMountChange();
+    EXPECT_EQ(toldAfter(), (Tellings{"removed dir /w/d/e", "created dir /w/d/e"}));
+    write("/w/d/e/f");
+    EXPECT_EQ(toldAfter(), Tellings{"created /w/d/e/f"});
+}
+
+TEST_F(TreeWatcherTest, FollowsANewFileThatIsOpenedAndMovedOverAnother) {
+    start();
+    write("/w/z.txt");
+    EXPECT_EQ(toldAfter(), Tellings{"created /w/z.txt"});
+    watcher.setInterest({.documentPaths = {"/w/z.txt"}});
+    disk.move("/w/z.txt", "/w/a.txt");
+    EXPECT_EQ(toldAfter(), (Tellings{"renamed /w/z.txt -> /w/a.txt", "modified /w/a.txt"}));
+}
+
+TEST_F(TreeWatcherTest, TellsARenameWholeWhenItFallsIntoTwoWindows) {
+    start();
+    Tellings tellings;
+    for (int time = 0; time < 252; time += 4) { // never quiet, so that the window is closed in the end
+        write("/w/d/n.txt");
+        if (time == 240) disk.move("/w/a.txt", "/w/b.txt");
+        passOn();
+        for (const std::string& telling : toldWithin(milliseconds(4))) tellings.push_back(telling);
+    }
+    EXPECT_EQ(tellings, Tellings{"modified /w/d/n.txt"});
+    EXPECT_EQ(toldAfter(), (Tellings{"renamed /w/a.txt -> /w/b.txt"}));
+}
+
+TEST_F(TreeWatcherTest, KeepsNothingOfWhatWasRemoved) {
+    start();
+    for (int i = 0; i < 100; ++i) {
+        disk.makeDirectory("/w/t");
+        write("/w/t/f");
+        passOn();
+        disk.remove("/w/t");
+        toldAfter();
+    }
+    const auto statistics = watcher.statistics();
+    EXPECT_EQ(statistics.folders, 3U);
+    EXPECT_EQ(statistics.watches, 3U);
+    EXPECT_EQ(statistics.pendingNames, 0U);
+}
+
+} // namespace

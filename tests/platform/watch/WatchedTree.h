@@ -1,0 +1,123 @@
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/SerialQueue.h"
+#include "platform/linux/watch/LinuxEventStreamSource.h"
+#include "platform/linux/watch/WatchLoop.h"
+#include "tests/platform/watch/Told.h"
+#include "tests/support/TemporaryDirectory.h"
+
+// A real directory under a real stream. What is told is collected; paths below the directory are relative to it.
+class WatchedTree {
+public:
+    explicit WatchedTree(std::unique_ptr<LinuxWatchSystem> system = std::make_unique<LinuxWatchSystem>(),
+                         std::size_t byteLimit = InotifyReader::usualLimit, DeliveryPolicy policy = {})
+        : source(std::move(system), byteLimit, policy) {}
+    ~WatchedTree() {
+        onQueue([&] { stream.reset(); });
+    }
+
+    std::string path(const std::string& name) const { return directory.path(name); }
+    const std::string& path() const { return directory.path(); }
+
+    void onQueue(const std::function<void()>& task) { queue.sync(task); }
+
+    // Watches these roots from now on, instead of what was watched before.
+    void watch(const std::vector<std::string>& names) {
+        std::vector<std::string> roots;
+        for (const std::string& name : names) roots.push_back(path(name));
+        onQueue([&] {
+            stream.reset();
+            stream = source.makeEventStream(roots, std::chrono::milliseconds(100), queue,
+                                            [this](EventStreamBatch batch) { collect(std::move(batch)); });
+            if (!stream->start()) stream.reset();
+        });
+    }
+
+    void setInterest(const EventStreamInterest& interest) {
+        onQueue([&] { source.setInterest(interest); });
+    }
+
+    // Waits until all has been told that is expected, in any number of batches, and returns whether it was. Nothing
+    // else may be told but directories to look at and attributes.
+    testing::AssertionResult tells(std::vector<std::string> expected) {
+        std::unique_lock lock(mutex);
+        const auto isDone = [&] { return relevant().size() >= expected.size() && relevant() == expected; };
+        if (!arrived.wait_for(lock, std::chrono::seconds(10), isDone))
+            return testing::AssertionFailure() << "told " << testing::PrintToString(all);
+        all.clear();
+        return testing::AssertionSuccess();
+    }
+
+    // Waits until this one has been told, whatever else was, and forgets all that was told up to it.
+    testing::AssertionResult tellsAmongOthers(const std::string& expected) {
+        std::unique_lock lock(mutex);
+        const auto isDone = [&] { return std::ranges::find(all, expected) != all.end(); };
+        if (!arrived.wait_for(lock, std::chrono::seconds(10), isDone))
+            return testing::AssertionFailure() << "told " << testing::PrintToString(all);
+        all.erase(all.begin(), std::ranges::find(all, expected) + 1);
+        return testing::AssertionSuccess();
+    }
+
+    EventStreamBatch takeBatches() {
+        const std::lock_guard lock(mutex);
+        all.clear();
+        return std::exchange(batches, {});
+    }
+    template <class Condition>
+    bool waitFor(std::chrono::milliseconds limit, const Condition& condition) {
+        std::unique_lock lock(mutex);
+        return arrived.wait_for(lock, limit, condition);
+    }
+    bool hasBatches() const { return !batches.empty(); } // inside a condition
+
+    TreeWatcher::Statistics statistics() {
+        TreeWatcher::Statistics result;
+        onQueue([&] { result = source.watchLoop().statistics(); });
+        return result;
+    }
+
+    bool isSettled() {
+        const TreeWatcher::Statistics now = statistics();
+        return now.pendingNames == 0 && now.waiting == 0;
+    }
+
+    SerialQueue queue{"watched-tree"};
+    LinuxEventStreamSource source;
+
+private:
+    std::vector<std::string> relevant() const {
+        std::vector<std::string> result;
+        for (const std::string& each : all) {
+            if (!each.starts_with("look ") && !each.starts_with("attributes ")) result.push_back(each);
+        }
+        return result;
+    }
+
+    void collect(EventStreamBatch batch) {
+        const std::lock_guard lock(mutex);
+        for (std::string telling : told(batch)) {
+            for (std::size_t at = 0; (at = telling.find(path(""))) != std::string::npos;)
+                telling.erase(at, path("").size());
+            all.push_back(std::move(telling));
+        }
+        batches.insert(batches.end(), batch.begin(), batch.end());
+        arrived.notify_all();
+    }
+
+    TemporaryDirectory directory;
+    std::unique_ptr<EventStream> stream;
+    std::mutex mutex;
+    std::condition_variable arrived;
+    std::vector<std::string> all;
+    EventStreamBatch batches;
+};

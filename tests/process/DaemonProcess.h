@@ -1,0 +1,54 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+// The real executable behind its pipes. Everything that waits does so up to a deadline, and then fails the test with
+// the whole conversation so far.
+class DaemonProcess {
+public:
+    explicit DaemonProcess(std::vector<std::string> arguments = {}, std::vector<std::string> environment = {});
+    ~DaemonProcess();
+    DaemonProcess(const DaemonProcess&) = delete;
+    DaemonProcess& operator=(const DaemonProcess&) = delete;
+
+    void send(const std::string& bytes);
+    void sendLine(const std::string& line) { send(line + '\n'); }
+
+    // The next line of output without its line feed; absent at its end.
+    std::optional<std::string> readLine();
+
+    // Sends the line and waits for one line of answer.
+    std::string ask(const std::string& line);
+
+    void closeInput();
+    void closeOutput();
+
+    // Waits for the process to end. Not negative: the exit status; negative: the signal that ended it.
+    int wait();
+
+    // What is left on standard error. To be called after wait().
+    std::string errors();
+
+    pid_t processID() const { return child; }
+
+    // From now on the process gets no more memory than it has, but for so many bytes.
+    void limitFurtherMemory(std::size_t byteCount);
+
+private:
+    void record(const std::string& direction, const std::string& text);
+    std::string recorded() const;
+
+    mutable std::mutex mutex; // one thread may send while another reads
+    std::string conversation;
+    std::string buffered;
+    pid_t child = -1;
+    int input = -1;
+    int output = -1;
+    int error = -1;
+};

@@ -1,0 +1,101 @@
+#include "shared/JSONString.h"
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <random>
+
+namespace {
+
+std::string escaped(std::string_view text) {
+    std::string output;
+    appendEscaped(output, text);
+    return output;
+}
+
+std::optional<std::string> unescaped(std::string_view escapedText) {
+    const std::string source = std::string{escapedText} + "\",\"further\"";
+    std::string output;
+    const auto length = appendUnescaped(output, source);
+    if (!length) return std::nullopt;
+    EXPECT_EQ(*length, escapedText.size() + 1);
+    return output;
+}
+
+struct Case {
+    const char* name;
+    std::string text;
+    std::string escaped;
+};
+
+const Case cases[] = {
+    {"quote", "\"", "\\\""},
+    {"backslash", "\\", "\\\\"},
+    {"slash as it is", "/", "/"},
+    {"short forms", "\b\f\n\r\t", "\\b\\f\\n\\r\\t"},
+    {"NUL", std::string(1, '\0'), "\\u0000"},
+    {"vertical tab", "\v", "\\u000b"},
+    {"last control character", "\x1F", "\\u001f"},
+    {"space", " ", " "},
+    {"delete", "\x7F", "\\u007f"},
+    {"next line", "\u0085", "\\u0085"},
+    {"neighbours of next line", "\u0084\u0086\u00C5", "\u0084\u0086\u00C5"},
+    {"line separators", "\u2028\u2029", "\\u2028\\u2029"},
+    {"neighbours of line separators", "\u2027\u202A\u2068\u2128", "\u2027\u202A\u2068\u2128"},
+    {"0x85 and 0xA8 inside other characters", "ŅĨ\u3028\U00012028", "ŅĨ\u3028\U00012028"},
+    {"characters of every length", "aé€🙂", "aé€🙂"},
+    {"many escapes", std::string(100, '\x01'),
+     [] {
+         std::string result;
+         for (int count = 0; count < 100; ++count) result += "\\u0001";
+         return result;
+     }()},
+};
+
+// Each case at every distance from the beginning and the end, so that it lies across each border of the scan.
+TEST(JSONString, escapesWhereverTheyStand) {
+    for (const auto& [name, text, expected] : cases) {
+        SCOPED_TRACE(name);
+        for (std::size_t before = 0; before <= 70; ++before) {
+            for (const std::size_t after : {0u, 1u, 2u, 61u, 62u, 63u, 64u, 130u}) {
+                const std::string head(before, 'h'), tail(after, 't');
+                ASSERT_EQ(escaped(head + text + tail), head + expected + tail) << before << " " << after;
+                ASSERT_EQ(unescaped(head + expected + tail), head + text + tail) << before << " " << after;
+            }
+        }
+    }
+}
+
+TEST(JSONString, appendsToWhatIsThere) {
+    std::string output = "before ";
+    appendEscaped(output, "\n");
+    EXPECT_EQ(output, "before \\n");
+}
+
+TEST(JSONString, refusesWhatIsNoString) {
+    std::string output;
+    for (const std::string_view text : {"", "abc", "a\nb\"", "\\", "\\\"", "\\x\"", "\\u12\"", "\\uD800\"", "\\uDC00\"",
+                                        "\\uDC00\\uDC00\"", "\\uD800\\u0041\"", "\\uD800\\uD800\"", "\\u00g0\""}) {
+        EXPECT_EQ(appendUnescaped(output, text), std::nullopt) << text;
+    }
+}
+
+TEST(JSONString, longRandomTextsComeBackFromPlainASCII) {
+    const auto seed = std::random_device{}();
+    std::cout << "seed " << seed << std::endl;
+    std::mt19937 random{seed};
+    const std::string_view alphabet[] = {"\n",     "\"", "\\", "a",    "some words", "\u2028",
+                                         "\u0085", "é",  "€",  "🙂", "\x7F",       "\t\t\t"};
+    for (int round = 0; round < 300; ++round) {
+        std::string text;
+        const auto size = random() % 20'000;
+        while (text.size() < size) text += alphabet[random() % std::size(alphabet)];
+        const std::string written = escaped(text);
+        for (const std::string_view forbidden : {"\n", "\t", "\x7F", "\u0085", "\u2028"}) {
+            ASSERT_EQ(written.find(forbidden), std::string::npos);
+        }
+        ASSERT_EQ(unescaped(written), text);
+    }
+}
+
+} // namespace

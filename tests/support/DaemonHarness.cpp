@@ -1,0 +1,143 @@
+#include "tests/support/DaemonHarness.h"
+
+#include "platform/linux/text/ICUCollation.h"
+#include "platform/linux/text/ICUTextCoding.h"
+#include "shared/RecordCoding.h"
+
+class DaemonHarness::CollectingOutput final : public Output {
+public:
+    void write(std::string_view bytes) override {
+        EXPECT_EQ(bytes.find('\n'), bytes.size() - 1) << "an envelope is one line: " << bytes;
+        envelopes.push_back(decodeRecord<EditorDocumentDaemonEnvelope>(bytes));
+    }
+    std::vector<EditorDocumentDaemonEnvelope> take() { return std::exchange(envelopes, {}); }
+
+private:
+    std::vector<EditorDocumentDaemonEnvelope> envelopes;
+};
+
+namespace {
+
+// The part of the platform with which the test goes on dealing.
+template <typename Part, typename Seam, typename... Arguments>
+Part* install(std::unique_ptr<Seam>& place, Arguments&&... arguments) {
+    auto part = std::make_unique<Part>(std::forward<Arguments>(arguments)...);
+    Part* const installed = part.get();
+    place = std::move(part);
+    return installed;
+}
+
+} // namespace
+
+DaemonHarness::DaemonHarness() {
+    auto variableEnvironment = std::make_unique<VariableEnvironment>();
+    environment = variableEnvironment.get();
+    environment->variables["HOME"] = directory.path("home");
+    linuxFileManager = std::make_unique<LinuxFileManager>(*environment);
+    auto collation = std::make_unique<ICUCollation>(*environment);
+    DaemonPlatform platform{
+        .environment = std::move(variableEnvironment),
+        .textCoding = std::make_unique<ICUTextCoding>(),
+        .collation = std::move(collation),
+        .makeUUID = [count = 0]() mutable { return "document-" + std::to_string(++count); },
+    };
+    fileManager = install<FaultyFileManager>(platform.fileManager, *linuxFileManager);
+    fileIdentification = install<CountingFileIdentification>(platform.fileIdentification);
+    directoryWalking = install<CountingDirectoryWalking>(platform.directoryWalking);
+    output = install<CollectingOutput>(platform.output);
+    install<CollectingOutput>(platform.errorOutput);
+    clock = install<HandMovedClock>(platform.clock);
+    eventStreams = install<FakeEventStreamSource>(platform.eventStreamSource);
+    queue = install<HandRunQueue>(platform.queue);
+    indexingQueue = install<HandRunQueue>(platform.workspaceIndexingQueue);
+    watchQueue = install<HandRunQueue>(platform.watchQueue);
+    daemon = std::make_shared<EditorDocumentDaemon>(std::move(platform));
+}
+
+std::vector<EditorDocumentDaemonEnvelope> DaemonHarness::sendLine(const std::string& line) {
+    queue->sync([&] { daemon->handle(line); });
+    return output->take();
+}
+
+std::vector<EditorDocumentDaemonEnvelope> DaemonHarness::exchange(EditorDocumentDaemonRequest request) {
+    request.requestID = "request";
+    return sendLine(encodeRecord(request).value());
+}
+
+EditorDocumentDaemonEnvelope DaemonHarness::send(EditorDocumentDaemonRequest request) {
+    EditorDocumentDaemonEnvelope response;
+    int responseCount = 0;
+    for (auto& envelope : exchange(std::move(request))) {
+        if (envelope.kind == EditorDocumentEnvelopeKind::event) {
+            events.push_back(std::move(envelope));
+        } else {
+            ++responseCount;
+            response = std::move(envelope);
+        }
+    }
+    EXPECT_EQ(responseCount, 1);
+    return response;
+}
+
+std::vector<EditorDocumentDaemonEnvelope> DaemonHarness::checkDocument(const std::string& documentID) {
+    queue->sync([&] { daemon->checkDocumentForChanges(documentID); });
+    return output->take();
+}
+
+std::vector<EditorDocumentDaemonEnvelope> DaemonHarness::advanceIndexing(std::chrono::milliseconds time) {
+    indexingQueue->runPending();
+    indexingQueue->advance(time);
+    queue->runPending();
+    return output->take();
+}
+
+EditorDocumentDaemonEnvelope DaemonHarness::open(const std::string& path) {
+    return send({.command = EditorDocumentRequestCommand::open, .path = path});
+}
+
+EditorDocumentDaemonEnvelope DaemonHarness::save(const std::string& documentID, const std::string& text,
+                                                 std::optional<std::int64_t> expectedVersion) {
+    return send({.command = EditorDocumentRequestCommand::save,
+                 .documentID = documentID,
+                 .text = text,
+                 .expectedVersion = expectedVersion});
+}
+
+EditorDocumentDaemonEnvelope DaemonHarness::close(const std::string& documentID) {
+    return send({.command = EditorDocumentRequestCommand::close, .documentID = documentID});
+}
+
+EditorDocumentDaemonEnvelope DaemonHarness::openWorkspace(const std::string& rootPath) {
+    return send({.command = EditorDocumentRequestCommand::openWorkspace, .rootPath = rootPath});
+}
+
+EditorDocumentDaemonEnvelope DaemonHarness::loadChildren(const std::string& rootPath, const std::string& path) {
+    return send({.command = EditorDocumentRequestCommand::loadWorkspaceChildren, .rootPath = rootPath, .path = path});
+}
+
+std::vector<EditorDocumentDaemonEnvelope> DaemonHarness::buildIndexes() {
+    indexingQueue->runPending();
+    indexingQueue->advance({});
+    return takeOutput();
+}
+
+std::vector<EditorDocumentDaemonEnvelope> DaemonHarness::notify(EventStreamBatch batch) {
+    eventStreams->send(std::move(batch));
+    return takeOutput();
+}
+
+std::vector<EditorDocumentDaemonEnvelope> DaemonHarness::notifyAppeared() {
+    eventStreams->sendAppeared();
+    return takeOutput();
+}
+
+std::vector<EditorDocumentDaemonEnvelope> DaemonHarness::advance(std::chrono::nanoseconds time) {
+    clock->now += time;
+    watchQueue->advance(time);
+    return takeOutput();
+}
+
+std::vector<EditorDocumentDaemonEnvelope> DaemonHarness::takeOutput() {
+    queue->runPending();
+    return output->take();
+}

@@ -1,0 +1,132 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <mutex>
+#include <utility>
+
+#include "platform/FileManager.h"
+#include "platform/PlatformError.h"
+
+enum class FileOperation {
+    fileExists,
+    itemExists,
+    isDirectory,
+    isReadableFile,
+    attributesOfItem,
+    contentsOfFile,
+    contentsOfDirectory,
+    homeDirectoryPath,
+    currentDirectoryPath,
+    createDirectory,
+    createFile,
+    prepareReplacement,
+    moveItem,
+    copyItem,
+    trashItem,
+    removeItem
+};
+
+// Passes everything on to a real file manager, counts the calls of each operation, and makes chosen calls fail or
+// lets something happen just before them. Calls are numbered from 1, from the construction on.
+class FaultyFileManager final : public FileManager {
+public:
+    explicit FaultyFileManager(FileManager& wrapped) : inner(wrapped) {}
+
+    void failCall(FileOperation operation, int call, PlatformError error) {
+        beforeCall(operation, call, [error = std::move(error)] { throw error; });
+    }
+    // Unless the action throws, the call goes on to the real file manager after it.
+    void beforeCall(FileOperation operation, int call, std::function<void()> action) {
+        const std::lock_guard lock(mutex);
+        actions[{operation, call}] = std::move(action);
+    }
+    int callCount(FileOperation operation) const {
+        const std::lock_guard lock(mutex);
+        const auto count = counts.find(operation);
+        return count == counts.end() ? 0 : count->second;
+    }
+
+    bool fileExists(const std::string& path) const override {
+        enter(FileOperation::fileExists);
+        return inner.fileExists(path);
+    }
+    bool itemExists(const std::string& path) const override {
+        enter(FileOperation::itemExists);
+        return inner.itemExists(path);
+    }
+    bool isDirectory(const std::string& path) const override {
+        enter(FileOperation::isDirectory);
+        return inner.isDirectory(path);
+    }
+    bool isReadableFile(const std::string& path) const override {
+        enter(FileOperation::isReadableFile);
+        return inner.isReadableFile(path);
+    }
+    FileAttributes attributesOfItem(const std::string& path, FollowLinks links) const override {
+        enter(FileOperation::attributesOfItem);
+        return inner.attributesOfItem(path, links);
+    }
+    FileContents contentsOfFile(const std::string& path, std::uint64_t sizeLimit) const override {
+        enter(FileOperation::contentsOfFile);
+        return inner.contentsOfFile(path, sizeLimit);
+    }
+    std::vector<DirectoryEntry> contentsOfDirectory(const std::string& path) const override {
+        enter(FileOperation::contentsOfDirectory);
+        return inner.contentsOfDirectory(path);
+    }
+    std::optional<std::string> homeDirectoryPath(std::string_view userName) const override {
+        enter(FileOperation::homeDirectoryPath);
+        return inner.homeDirectoryPath(userName);
+    }
+    std::string currentDirectoryPath() const override {
+        enter(FileOperation::currentDirectoryPath);
+        return inner.currentDirectoryPath();
+    }
+    std::vector<std::string> createDirectory(const std::string& path) override {
+        enter(FileOperation::createDirectory);
+        return inner.createDirectory(path);
+    }
+    void removeEmptyDirectories(const std::vector<std::string>& paths) override { inner.removeEmptyDirectories(paths); }
+    void createFile(const std::string& path) override {
+        enter(FileOperation::createFile);
+        inner.createFile(path);
+    }
+    std::unique_ptr<FileReplacement> prepareReplacement(const std::string& path, std::string_view data) override {
+        enter(FileOperation::prepareReplacement);
+        return inner.prepareReplacement(path, data);
+    }
+    void moveItem(const std::string& sourcePath, const std::string& destinationPath) override {
+        enter(FileOperation::moveItem);
+        inner.moveItem(sourcePath, destinationPath);
+    }
+    void copyItem(const std::string& sourcePath, const std::string& destinationPath) override {
+        enter(FileOperation::copyItem);
+        inner.copyItem(sourcePath, destinationPath);
+    }
+    void trashItem(const std::string& path) override {
+        enter(FileOperation::trashItem);
+        inner.trashItem(path);
+    }
+    void removeItem(const std::string& path) override {
+        enter(FileOperation::removeItem);
+        inner.removeItem(path);
+    }
+
+private:
+    // The action runs outside the lock, so that it may itself use this file manager.
+    void enter(FileOperation operation) const {
+        std::function<void()> action;
+        {
+            const std::lock_guard lock(mutex);
+            const auto found = actions.find({operation, ++counts[operation]});
+            if (found != actions.end()) action = found->second;
+        }
+        if (action) action();
+    }
+
+    FileManager& inner;
+    mutable std::mutex mutex;
+    mutable std::map<FileOperation, int> counts;
+    std::map<std::pair<FileOperation, int>, std::function<void()>> actions;
+};

@@ -1,0 +1,336 @@
+#include "tests/support/SystemCallTracer.h"
+
+#include <elf.h>
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/ptrace.h>
+#include <sys/syscall.h>
+#include <sys/uio.h>
+#include <sys/user.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <map>
+#include <set>
+#include <stdexcept>
+#include <utility>
+
+#include "platform/PlatformError.h"
+#include "platform/linux/Descriptor.h"
+
+namespace {
+
+// Closing a descriptor that cannot exist marks begin and end of the action; it does nothing else.
+constexpr long marker = -4242;
+
+struct SystemCall {
+    long number{};
+    std::array<std::uint64_t, 6> arguments{};
+};
+
+const std::map<long, std::string>& fileCallNames() {
+    static const std::map<long, std::string> names = {
+        {SYS_openat, "openat"},
+        {SYS_close, "close"},
+        {SYS_read, "read"},
+        {SYS_pread64, "pread64"},
+        {SYS_write, "write"},
+        {SYS_pwrite64, "pwrite64"},
+        {SYS_lseek, "lseek"},
+        {SYS_fstat, "fstat"},
+        {SYS_statx, "statx"},
+        {SYS_statfs, "statfs"},
+        {SYS_fstatfs, "fstatfs"},
+        {SYS_readlinkat, "readlinkat"},
+        {SYS_faccessat, "faccessat"},
+        {SYS_faccessat2, "faccessat2"},
+        {SYS_getdents64, "getdents64"},
+        {SYS_linkat, "linkat"},
+        {SYS_symlinkat, "symlinkat"},
+        {SYS_unlinkat, "unlinkat"},
+        {SYS_renameat, "renameat"},
+        {SYS_renameat2, "renameat2"},
+        {SYS_mkdirat, "mkdirat"},
+        {SYS_mknodat, "mknodat"},
+        {SYS_fchmod, "fchmod"},
+        {SYS_fchmodat, "fchmodat"},
+        {SYS_fchown, "fchown"},
+        {SYS_fchownat, "fchownat"},
+        {SYS_utimensat, "utimensat"},
+        {SYS_ftruncate, "ftruncate"},
+        {SYS_fallocate, "fallocate"},
+        {SYS_copy_file_range, "copy_file_range"},
+        {SYS_sendfile, "sendfile"},
+        {SYS_fsync, "fsync"},
+        {SYS_fdatasync, "fdatasync"},
+        {SYS_syncfs, "syncfs"},
+        {SYS_flock, "flock"},
+        {SYS_fcntl, "fcntl"},
+        {SYS_ioctl, "ioctl"},
+        {SYS_dup, "dup"},
+        {SYS_getxattr, "getxattr"},
+        {SYS_lgetxattr, "lgetxattr"},
+        {SYS_fgetxattr, "fgetxattr"},
+        {SYS_setxattr, "setxattr"},
+        {SYS_lsetxattr, "lsetxattr"},
+        {SYS_fsetxattr, "fsetxattr"},
+        {SYS_listxattr, "listxattr"},
+        {SYS_llistxattr, "llistxattr"},
+        {SYS_flistxattr, "flistxattr"},
+        {SYS_removexattr, "removexattr"},
+        {SYS_lremovexattr, "lremovexattr"},
+        {SYS_fremovexattr, "fremovexattr"},
+#ifdef SYS_open
+        // The older forms, which only some processors have.
+        {SYS_open, "open"},
+        {SYS_stat, "stat"},
+        {SYS_lstat, "lstat"},
+        {SYS_readlink, "readlink"},
+        {SYS_access, "access"},
+        {SYS_link, "link"},
+        {SYS_symlink, "symlink"},
+        {SYS_unlink, "unlink"},
+        {SYS_rename, "rename"},
+        {SYS_mkdir, "mkdir"},
+        {SYS_rmdir, "rmdir"},
+        {SYS_mknod, "mknod"},
+        {SYS_chmod, "chmod"},
+        {SYS_chown, "chown"},
+        {SYS_lchown, "lchown"},
+#endif
+    };
+    return names;
+}
+
+// The name of a call that concerns files; empty for another. C libraries differ in how they ask for a file's status, so
+// that one call goes by what is asked.
+std::string fileCallName(const SystemCall& call) {
+    if (call.number == SYS_newfstatat) {
+        if (call.arguments[3] & AT_EMPTY_PATH) return "fstat";
+        return call.arguments[3] & AT_SYMLINK_NOFOLLOW ? "lstat" : "stat";
+    }
+    const auto name = fileCallNames().find(call.number);
+    return name == fileCallNames().end() ? std::string() : name->second;
+}
+
+bool isPipeCall(long number) {
+#ifdef SYS_pipe
+    if (number == SYS_pipe) return true;
+#endif
+    return number == SYS_pipe2;
+}
+
+#if defined(__x86_64__)
+
+constexpr bool isKnownProcessor = true;
+
+void skipCall(pid_t child) {
+    ::ptrace(PTRACE_POKEUSER, child, offsetof(user_regs_struct, orig_rax), -1L);
+}
+
+void setResult(pid_t child, long result) {
+    ::ptrace(PTRACE_POKEUSER, child, offsetof(user_regs_struct, rax), result);
+}
+
+#elif defined(__aarch64__)
+
+constexpr bool isKnownProcessor = true;
+
+void skipCall(pid_t child) {
+    int none = -1;
+    iovec data{&none, sizeof none};
+    ::ptrace(PTRACE_SETREGSET, child, NT_ARM_SYSTEM_CALL, &data);
+}
+
+void setResult(pid_t child, long result) {
+    user_regs_struct registers{};
+    iovec data{&registers, sizeof registers};
+    ::ptrace(PTRACE_GETREGSET, child, NT_PRSTATUS, &data);
+    registers.regs[0] = static_cast<unsigned long long>(result);
+    ::ptrace(PTRACE_SETREGSET, child, NT_PRSTATUS, &data);
+}
+
+#else
+
+constexpr bool isKnownProcessor = false;
+
+void skipCall(pid_t) {}
+void setResult(pid_t, long) {}
+
+#endif
+
+void mark() {
+    ::syscall(SYS_close, marker);
+}
+
+// What the child has to say: how it ended, the error number, a blank, the message.
+std::string outcomeOf(const std::function<std::string()>& action) {
+    try {
+        mark();
+        const std::string result = action();
+        mark();
+        return "r0 " + result;
+    } catch (const PlatformError& error) {
+        mark();
+        return "t" + std::to_string(error.code) + " " + error.localizedDescription;
+    } catch (const std::exception& error) {
+        mark();
+        return std::string("t0 ") + error.what();
+    }
+}
+
+// The child must not run the parent's exit handlers nor a sanitizer's final checks, hence _exit.
+[[noreturn]] void runChild(const std::function<std::string()>& action, int outcome) {
+    ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+    ::alarm(60);
+    ::kill(::getpid(), SIGSTOP);
+    const std::string text = outcomeOf(action);
+    const bool isWritten = ::write(outcome, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+    ::_exit(isWritten ? 0 : 1);
+}
+
+// Follows one child from stop to stop.
+class Tracer {
+public:
+    Tracer(pid_t process, const std::vector<SystemCallFault>& planned) : child(process), faults(planned) {}
+
+    Trace run() {
+        int status = waitForStop();
+        ::ptrace(PTRACE_SETOPTIONS, child, 0, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
+        int signal = 0;
+        while (true) {
+            ::ptrace(PTRACE_SYSCALL, child, 0, static_cast<long>(signal));
+            status = waitForStop();
+            if (!WIFSTOPPED(status)) break;
+            const bool isSystemCall = WSTOPSIG(status) == (SIGTRAP | 0x80);
+            signal = isSystemCall ? 0 : WSTOPSIG(status);
+            if (isSystemCall) atSystemCall();
+        }
+        if (!isKilled && !(WIFEXITED(status) && WEXITSTATUS(status) == 0))
+            throw std::runtime_error("the traced process crashed or hung, wait status " + std::to_string(status));
+        if (isKilled) trace.ending = TraceEnding::killed;
+        return trace;
+    }
+
+private:
+    int waitForStop() const {
+        int status = 0;
+        while (::waitpid(child, &status, __WALL) < 0)
+            if (errno != EINTR) throw std::runtime_error(std::string("waitpid: ") + std::strerror(errno));
+        return status;
+    }
+
+    void atSystemCall() {
+        __ptrace_syscall_info info{};
+        ::ptrace(PTRACE_GET_SYSCALL_INFO, child, sizeof info, &info);
+        if (info.op == PTRACE_SYSCALL_INFO_ENTRY)
+            atEntry({static_cast<long>(info.entry.nr), std::to_array(info.entry.args)});
+        else if (info.op == PTRACE_SYSCALL_INFO_EXIT)
+            atExit();
+    }
+
+    void atEntry(const SystemCall& call) {
+        latest = call;
+        const int descriptor = static_cast<int>(call.arguments[0]);
+        if (call.number == SYS_close && descriptor == marker) {
+            isInside = !isInside;
+            return;
+        }
+        const std::string name = fileCallName(call);
+        if (!isInside || name.empty() || concernsPipe(name, descriptor)) return;
+        trace.calls.push_back(name);
+        const auto fault = std::ranges::find_if(faults, [&](const SystemCallFault& each) { return isDue(each); });
+        if (fault != faults.end()) apply(*fault);
+    }
+
+    void atExit() {
+        if (pendingError != 0) setResult(child, -std::exchange(pendingError, 0));
+        if (!isPipeCall(latest.number)) return;
+        // Both descriptors of a pipe fit in one word.
+        const long word = ::ptrace(PTRACE_PEEKDATA, child, latest.arguments[0], 0);
+        std::array<int, 2> ends{};
+        std::memcpy(ends.data(), &word, sizeof ends);
+        pipeEnds.insert(ends.begin(), ends.end());
+    }
+
+    // A pipe is no file; sanitizers probe memory with one, which must neither be counted nor fail.
+    bool concernsPipe(const std::string& name, int descriptor) {
+        if (name == "close") return pipeEnds.erase(descriptor) > 0;
+        return (name == "write" || name == "read") && pipeEnds.contains(descriptor);
+    }
+
+    // Whether the fault is meant for the latest call.
+    bool isDue(const SystemCallFault& fault) const {
+        if (fault.name.empty()) return fault.call == trace.calls.size();
+        return fault.name == trace.calls.back() &&
+               static_cast<std::ptrdiff_t>(fault.call) == std::ranges::count(trace.calls, fault.name);
+    }
+
+    void apply(const SystemCallFault& fault) {
+        switch (fault.kind) {
+            case FaultKind::fail:
+                skipCall(child);
+                pendingError = fault.errorNumber;
+                break;
+            case FaultKind::kill:
+                ::kill(child, SIGKILL);
+                isKilled = true;
+                break;
+            case FaultKind::interlude:
+                fault.interlude();
+                break;
+        }
+    }
+
+    pid_t child;
+    const std::vector<SystemCallFault>& faults;
+    Trace trace;
+    bool isInside = false;
+    bool isKilled = false;
+    int pendingError = 0;
+    SystemCall latest;
+    std::set<int> pipeEnds;
+};
+
+std::string readToEnd(int descriptor) {
+    std::string text;
+    char buffer[4096];
+    for (ssize_t count; (count = ::read(descriptor, buffer, sizeof buffer)) > 0;)
+        text.append(buffer, static_cast<std::size_t>(count));
+    return text;
+}
+
+} // namespace
+
+bool canTraceSystemCalls() {
+    if (!isKnownProcessor) return false;
+    const pid_t child = ::fork();
+    if (child == 0) ::_exit(::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0 ? 0 : 1);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return child > 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+Trace traceSystemCalls(const std::function<std::string()>& action, const std::vector<SystemCallFault>& faults) {
+    int ends[2];
+    if (::pipe(ends) != 0) throw std::runtime_error("no pipe");
+    const Descriptor outcome(ends[0]);
+    Descriptor childEnd(ends[1]);
+    const pid_t child = ::fork();
+    if (child < 0) throw std::runtime_error("no process");
+    if (child == 0) runChild(action, childEnd.get());
+    childEnd.close();
+    Trace trace = Tracer(child, faults).run();
+    if (trace.ending == TraceEnding::killed) return trace;
+    const std::string text = readToEnd(outcome.get());
+    if (text.empty()) throw std::runtime_error("the traced process ended without a result");
+    trace.ending = text.at(0) == 't' ? TraceEnding::threw : TraceEnding::returned;
+    trace.errorNumber = std::stoi(text.substr(1));
+    trace.message = text.substr(text.find(' ') + 1);
+    return trace;
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+
+#include "platform/Environment.h"
+
+// An environment of nothing but the variables that the test sets.
+class VariableEnvironment final : public Environment {
+public:
+    std::optional<std::string> value(const std::string& name) const override {
+        const auto variable = variables.find(name);
+        return variable == variables.end() ? std::nullopt : std::optional(variable->second);
+    }
+
+    std::map<std::string, std::string> variables{};
+};

@@ -1,0 +1,151 @@
+#include "workspace/WorkspacePathRules.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "platform/PlatformError.h"
+#include "platform/linux/LinuxEnvironment.h"
+#include "platform/linux/files/LinuxFileManager.h"
+#include "tests/support/Files.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+class HomeEnvironment final : public Environment {
+public:
+    std::optional<std::string> value(const std::string& name) const override {
+        return name == "HOME" ? std::optional("/home/me"s) : std::nullopt;
+    }
+};
+
+class WorkspacePathRules : public testing::Test {
+protected:
+    std::string path(const std::string& relativePath) const { return directory.path(relativePath); }
+    const std::string& root() const { return directory.path(); }
+
+    // The code of the error that the action throws; zero when it throws none.
+    template <typename Action>
+    static std::int64_t errorCode(Action action) {
+        try {
+            action();
+        } catch (const PlatformError& error) {
+            EXPECT_EQ(error.domain, "EditorDocumentDaemon");
+            return error.code;
+        }
+        return 0;
+    }
+
+    HomeEnvironment environment;
+    LinuxFileManager fileManager{environment};
+    TemporaryDirectory directory;
+};
+
+TEST_F(WorkspacePathRules, NormalizedPath) {
+    const std::string here = std::filesystem::current_path();
+    const std::string rootsHome = fileManager.homeDirectoryPath("root").value();
+    const struct {
+        std::string path;
+        std::string normalized;
+    } cases[] = {
+        {"~", "/home/me"},
+        {"~/x/", "/home/me/x"},
+        {"~/../y", "/home/y"},
+        {"~root/x", rootsHome + "/x"},
+        {"~no-such-user/x", here + "/~no-such-user/x"},
+        {"/a/~", "/a/~"},
+        {"a/b", here + "/a/b"},
+        {"", here},
+        {".", here},
+        {"/a/./b/../c", "/a/c"},
+        {"/", "/"},
+    };
+    for (const auto& row : cases) EXPECT_EQ(normalizedPath(row.path, fileManager), row.normalized) << row.path;
+}
+
+TEST_F(WorkspacePathRules, FieldsThatAreMissing) {
+    const EditorDocumentDaemonRequest empty{.rootPath = " \t", .path = "\u2003", .destinationPath = ""};
+    EXPECT_EQ(errorCode([&] { requiredWorkspaceRootPath(empty, fileManager); }), 2100);
+    EXPECT_EQ(errorCode([&] { requiredItemPath(empty, fileManager); }), 2102);
+    EXPECT_EQ(
+        errorCode([&] { resolvedDestinationPath(empty, root(), root(), SourceWithinRoot::required, fileManager); }),
+        2103);
+
+    writeFile(path("file"), "");
+    EXPECT_EQ(errorCode([&] { requiredWorkspaceRootPath({.rootPath = path("file")}, fileManager); }), 2101);
+    EXPECT_EQ(errorCode([&] { requiredWorkspaceRootPath({.rootPath = path("gone")}, fileManager); }), 2101);
+    EXPECT_EQ(requiredWorkspaceRootPath({.rootPath = " " + root() + "/ "}, fileManager), root());
+}
+
+TEST_F(WorkspacePathRules, CreationAnchor) {
+    writeFile(path("a/b.txt"), "");
+    const struct {
+        const char* name;
+        std::optional<std::string> path;
+        std::string anchor;
+    } cases[] = {
+        {"no path is the root", std::nullopt, root()},
+        {"a folder is its own anchor", path("a"), path("a")},
+        {"a file is anchored in its folder", path("a/b.txt"), path("a")},
+        {"what is missing is anchored in its parent", path("a/new/item"), path("a/new")},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(creationAnchorDirectoryPath({.path = row.path}, root(), fileManager), row.anchor) << row.name;
+    }
+    // A blank path means the current directory, which lies outside.
+    EXPECT_EQ(errorCode([&] { creationAnchorDirectoryPath({.path = " "}, root(), fileManager); }), 2200);
+    EXPECT_EQ(errorCode([&] { creationAnchorDirectoryPath({.path = root() + "2"}, root(), fileManager); }), 2200);
+}
+
+TEST_F(WorkspacePathRules, UniqueCreationPath) {
+    for (const char* taken : {"untitled", "untitled1", "a.tar.gz", "notes.txt", "notes1.txt", ".env"}) {
+        writeFile(path(taken), "");
+    }
+    std::filesystem::create_symlink("nowhere", path("link"));
+    const struct {
+        std::string proposedName;
+        std::string name;
+    } cases[] = {
+        {"free.txt", "free.txt"},
+        {" \n", "untitled2"},
+        {"a.tar.gz", "a.tar1.gz"},
+        {" notes.txt ", "notes2.txt"},
+        {".env", ".env1"},
+        {"link", "link1"},
+        {"..", "..1"},
+        {"sub/x.md", "x.md"},
+        {"\xFF.txt", "\xFF.txt"},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(uniqueCreationPath(root(), row.proposedName, fileManager), path(row.name)) << row.proposedName;
+    }
+}
+
+TEST_F(WorkspacePathRules, UniqueDuplicatePath) {
+    for (const char* taken : {"report.txt", "report copy.txt", "report copy 2.txt", "x"}) writeFile(path(taken), "");
+    std::filesystem::create_directory(path("a.b"));
+    EXPECT_EQ(uniqueDuplicatePath(path("report.txt"), root(), fileManager), path("report copy 3.txt"));
+    EXPECT_EQ(uniqueDuplicatePath(path("x"), root(), fileManager), path("x copy"));
+    EXPECT_EQ(uniqueDuplicatePath(path("a.b"), root(), fileManager), path("a copy.b"));
+    EXPECT_EQ(errorCode([&] { uniqueDuplicatePath("/elsewhere", root(), fileManager); }), 2200);
+}
+
+TEST_F(WorkspacePathRules, ResolvedDestinationPath) {
+    writeFile(path("a/x.txt"), "");
+    std::filesystem::create_directory(path("b"));
+    const auto resolved = [&](const std::string& destination, const std::string& source, SourceWithinRoot within) {
+        return resolvedDestinationPath({.destinationPath = destination}, source, root(), within, fileManager);
+    };
+    const auto required = SourceWithinRoot::required;
+    EXPECT_EQ(resolved(path("b"), path("a/x.txt"), required), path("b/x.txt"));
+    EXPECT_EQ(resolved(path("a/x.txt"), path("a/x.txt"), required), path("a/x.txt"));
+    EXPECT_EQ(resolved(path("new/y.txt"), path("a/x.txt"), required), path("new/y.txt"));
+    EXPECT_EQ(resolved(path("b"), "/elsewhere/z", SourceWithinRoot::notRequired), path("b/z"));
+    EXPECT_EQ(errorCode([&] { resolved(path("b"), "/elsewhere/z", required); }), 2200);
+    EXPECT_EQ(errorCode([&] { resolved("/elsewhere", path("a/x.txt"), required); }), 2200);
+    EXPECT_EQ(errorCode([&] { resolved(path("../up"), path("a/x.txt"), required); }), 2200);
+}
+
+} // namespace

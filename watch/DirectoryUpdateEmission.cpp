@@ -1,0 +1,124 @@
+#include <algorithm>
+#include <cassert>
+
+#include "daemon/EditorDocumentDaemon.h"
+#include "documents/DocumentRetargeting.h"
+#include "platform/PlatformError.h"
+#include "watch/DirectoryRefreshPass.h"
+#include "watch/RefreshKeys.h"
+#include "workspace/DirectoryCache.h"
+#include "workspace/MutationPayload.h"
+
+void EditorDocumentDaemon::emitWorkspaceRefreshes(const std::string& rootPath,
+                                                  const std::vector<std::string>& changedPaths) {
+    const auto workspace = workspacesByRootPath.find(rootPath);
+    if (workspace == workspacesByRootPath.end()) return;
+    std::set<WorkspaceDirectoryRefreshKey> keys;
+    for (const std::string& path : changedPaths) {
+        keys.merge(refreshKeys(workspace->second,
+                               {.rootPath = rootPath, .path = path, .kind = WorkspaceWatchEventKind::itemModified},
+                               fileManager));
+    }
+    emitWorkspaceDirectoryUpdates(keys, EmitMutationEvents::no, {});
+}
+
+void EditorDocumentDaemon::emitWorkspaceDirectoryUpdates(const std::set<WorkspaceDirectoryRefreshKey>& keys,
+                                                         EmitMutationEvents emitMutationEvents,
+                                                         WorkspaceMutationsByRootPath seedExternalMutations) {
+    std::map<std::string, WorkspaceDirectoryPaths> directoryPathsByRootPath;
+    for (const WorkspaceDirectoryRefreshKey& key : keys) {
+        directoryPathsByRootPath[key.rootPath].insert(key.directoryPath);
+    }
+    for (auto& [rootPath, directoryPaths] : directoryPathsByRootPath) {
+        DirectoryRefreshPass pass{.rootPath = rootPath, .pendingPaths = std::move(directoryPaths)};
+        pass.external = std::move(seedExternalMutations[rootPath]);
+        emitWorkspaceDirectoryUpdates(std::move(pass), emitMutationEvents);
+    }
+}
+
+void EditorDocumentDaemon::emitWorkspaceDirectoryUpdates(DirectoryRefreshPass pass,
+                                                         EmitMutationEvents emitMutationEvents) {
+    assert(queue->isCurrent());
+    const auto workspace = workspacesByRootPath.find(pass.rootPath);
+    if (workspace == workspacesByRootPath.end()) return;
+    while (const auto directoryPath = nextWorkspaceDirectoryPathToRefresh(pass)) {
+        try {
+            refreshWorkspaceDirectory(*directoryPath, emitMutationEvents, pass, workspace->second);
+        } catch (const PlatformError& error) {
+            if (*directoryPath == pass.rootPath) return dropUnlistableRoot(pass.rootPath, error);
+            passOverMissingDirectory(*directoryPath, pass, workspace->second);
+        }
+    }
+    pruneWorkspaceCache(workspace->second);
+    for (WorkspacePendingRemovalMutation& removal : pass.pendingRemovals) {
+        if (pass.renamedOrMovedNodeIDs.contains(removal.nodeID)) continue;
+        pass.external.insert_or_assign(workspaceMutationKey(removal.payload), std::move(removal.payload));
+    }
+    emitRefreshedState(std::move(pass), emitMutationEvents);
+}
+
+// Throws what the listing throws.
+void EditorDocumentDaemon::refreshWorkspaceDirectory(const std::string& directoryPath,
+                                                     EmitMutationEvents emitMutationEvents, DirectoryRefreshPass& pass,
+                                                     ManagedWorkspace& workspace) {
+    // A directory that the client never opened is never listed here.
+    if (directoryPath != pass.rootPath && !workspace.loadedDirectoryPaths.contains(directoryPath)) return;
+    const WorkspaceNodesByID previousChildren = previousChildNodes(directoryPath, pass, workspace);
+    const WorkspaceDirectoryListing listing = loadWorkspaceDirectory(pass.rootPath, directoryPath, listingSources());
+    if (emitMutationEvents == EmitMutationEvents::yes) {
+        collectWorkspaceExternalMutations(previousChildren, listing.payload, pass, fileManager);
+    }
+    remapMovedNodes(listing.payload, pass, workspace);
+    cacheRefreshedListing(listing, pass, workspace);
+}
+
+void EditorDocumentDaemon::dropUnavailableWorkspace(const std::string& rootPath, std::optional<std::string> message) {
+    closeWorkspace(rootPath);
+    write({
+        .kind = EditorDocumentEnvelopeKind::event,
+        .message = std::move(message),
+        .event = EditorDocumentEventKind::workspaceRootUnavailable,
+        .workspaceRootPath = rootPath,
+    });
+}
+
+void EditorDocumentDaemon::dropUnlistableRoot(const std::string& rootPath, const PlatformError& error) {
+    dropUnavailableWorkspace(rootPath, error.localizedDescription);
+    refreshWatchRoots();
+    for (const std::string& documentID : documentIDsAtOrWithin(rootPath, documentsByID)) {
+        checkDocumentForChanges(documentID);
+    }
+}
+
+// Documents first, then all listings, then all mutations.
+void EditorDocumentDaemon::emitRefreshedState(DirectoryRefreshPass pass, EmitMutationEvents emitMutationEvents) {
+    for (const WorkspacePathRemap& remap : pass.remaps) {
+        if (fileManager.itemExists(remap.sourcePath)) continue;
+        retargetManagedDocuments(remap.sourcePath, remap.destinationPath, EmitUpdatedEvents::yes);
+    }
+    std::sort(pass.changedPayloads.begin(), pass.changedPayloads.end(), [&](const auto& left, const auto& right) {
+        return ascendingWorkspaceDirectoryPathSort(left.directoryPath, right.directoryPath, pass.rootPath);
+    });
+    for (WorkspaceBrowserDirectoryPayload& payload : pass.changedPayloads) {
+        write({
+            .kind = EditorDocumentEnvelopeKind::event,
+            .event = EditorDocumentEventKind::workspaceChildrenUpdated,
+            .workspaceRootPath = pass.rootPath,
+            .workspaceDirectory = std::move(payload),
+        });
+    }
+    if (emitMutationEvents == EmitMutationEvents::yes) emitMutations(pass.rootPath, std::move(pass.external));
+}
+
+void EditorDocumentDaemon::emitMutations(const std::string& rootPath, WorkspaceMutationsByKey mutationsByKey) {
+    std::vector<WorkspaceBrowserMutationPayload> mutations;
+    for (auto& [key, mutation] : mutationsByKey) mutations.push_back(std::move(mutation));
+    for (WorkspaceBrowserMutationPayload& mutation : workspaceMutationSort(std::move(mutations), collation)) {
+        write({
+            .kind = EditorDocumentEnvelopeKind::event,
+            .event = EditorDocumentEventKind::workspaceMutation,
+            .workspaceRootPath = rootPath,
+            .workspaceMutation = std::move(mutation),
+        });
+    }
+}

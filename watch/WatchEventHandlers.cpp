@@ -1,0 +1,83 @@
+#include <cassert>
+#include <utility>
+
+#include "daemon/EditorDocumentDaemon.h"
+#include "watch/WatchEventEffects.h"
+#include "watch/WatchEventRules.h"
+
+namespace {
+
+using Kind = WorkspaceWatchEventKind;
+
+} // namespace
+
+void EditorDocumentDaemon::handleWatchEvents(const std::vector<WorkspaceWatchEvent>& events) {
+    assert(queue->isCurrent());
+    WatchEventEffects effects;
+    for (const WorkspaceWatchEvent& event : events) handleWatchEvent(event, effects);
+    tellWatchEvents(events, std::move(effects));
+}
+
+// Documents and IDs followed these events when they came.
+void EditorDocumentDaemon::replayPendingWatchEvents(ManagedWorkspace& workspace) {
+    assert(queue->isCurrent());
+    const std::vector<WorkspaceWatchEvent> events = std::exchange(workspace.pendingWatchEvents, {});
+    if (events.empty()) return;
+    WatchEventEffects effects;
+    for (const WorkspaceWatchEvent& event : events) handleWorkspaceEvent(event, workspace, effects);
+    tellWatchEvents(events, std::move(effects));
+}
+
+// Watching follows what the events did to roots and documents before anything is listed or checked, so that a change
+// after that is an event of its own; and once more at the end, since listings can show documents and directories at new
+// places.
+void EditorDocumentDaemon::tellWatchEvents(const std::vector<WorkspaceWatchEvent>& events, WatchEventEffects effects) {
+    for (const std::string& rootPath : effects.unavailableRootPaths) dropUnavailableWorkspace(rootPath, std::nullopt);
+    refreshWatchRoots();
+    const std::set<std::string> documentIDs = affectedDocumentIDs(events, documentsByID);
+    emitWorkspaceDirectoryUpdates(effects.refreshKeys, EmitMutationEvents::yes, std::move(effects.mutations));
+    for (const std::string& documentID : documentIDs) checkDocumentForChanges(documentID);
+    refreshWatchRoots();
+}
+
+void EditorDocumentDaemon::handleWatchEvent(const WorkspaceWatchEvent& event, WatchEventEffects& effects) {
+    if (event.kind == Kind::itemRenamed && event.relatedPath) {
+        retargetManagedDocuments(event.path, *event.relatedPath, EmitUpdatedEvents::yes);
+        followOutsideRename(event.path, *event.relatedPath);
+    }
+    for (auto& [rootPath, workspace] : workspacesByRootPath) {
+        if (const auto seen = eventInWorkspace(event, rootPath)) handleWorkspaceEvent(*seen, workspace, effects);
+    }
+    // Only now, since the client is told of what is gone by the ID that it knows.
+    if (event.kind == Kind::itemRemoved) stableNodeIDs.removeAtOrWithin(event.path);
+}
+
+void EditorDocumentDaemon::handleWorkspaceEvent(const WorkspaceWatchEvent& event, ManagedWorkspace& workspace,
+                                                WatchEventEffects& effects) {
+    if (event.kind == Kind::rootChanged) {
+        if (!fileManager.isDirectory(workspace.rootPath)) {
+            effects.unavailableRootPaths.insert(workspace.rootPath);
+            return;
+        }
+        // Another folder, of which the index knows nothing, may have taken the root's place.
+        scheduleWorkspaceEventNodePathIndexRebuild(workspace.rootPath);
+    }
+    if (!workspace.isEventNodeIndexReady) {
+        workspace.pendingWatchEvents.push_back(event);
+        return;
+    }
+    if (auto mutation = workspaceMutation(event, workspace, effects)) {
+        const std::string key = workspaceMutationKey(*mutation);
+        effects.mutations[workspace.rootPath].insert_or_assign(key, std::move(*mutation));
+    }
+    if (effects.whollyRefreshedRootPaths.contains(workspace.rootPath)) return;
+    effects.refreshKeys.merge(refreshKeys(workspace, event, fileManager));
+    if (event.kind == Kind::itemRenamed && !event.relatedPath) {
+        effects.whollyRefreshedRootPaths.insert(workspace.rootPath);
+    }
+}
+
+// What has come to the old place since is another item, and keeps the IDs of its names.
+void EditorDocumentDaemon::followOutsideRename(const std::string& sourcePath, const std::string& destinationPath) {
+    if (!fileManager.itemExists(sourcePath)) stableNodeIDs.carry(sourcePath, destinationPath);
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "documents/ManagedDocument.h"
+#include "watch/WorkspaceWatchEvent.h"
+
+// What watch events mean for the workspaces and documents near them.
+
+// The event as the workspace with this root sees it: whatever root the event was told for, since a workspace may lie
+// within another, or have been opened only since. Of a rename of which one end is not shown in the workspace there
+// remains a removal or a creation; absent when nothing of the event is shown.
+std::optional<WorkspaceWatchEvent> eventInWorkspace(const WorkspaceWatchEvent& event, const std::string& rootPath);
+
+// The documents that any of the events may have changed: those in the directory of which something changed at any
+// depth, and those at any depth below what changed. The cost goes with the events and the documents, not their product.
+std::set<std::string> affectedDocumentIDs(const std::vector<WorkspaceWatchEvent>& events,
+                                          const std::map<std::string, ManagedDocument>& documentsByID);

@@ -1,0 +1,55 @@
+#include "watch/WatchNotification.h"
+
+#include <utility>
+#include <variant>
+
+#include "identity/StableNodeID.h"
+
+namespace {
+
+using Kind = WorkspaceWatchEventKind;
+
+constexpr std::pair<std::uint32_t, Kind> kindsByFlag[] = {
+    {EventStreamFlag::rootChanged, Kind::rootChanged},   {EventStreamFlag::itemChangeOwner, Kind::itemChangedOwner},
+    {EventStreamFlag::itemCreated, Kind::itemCreated},   {EventStreamFlag::itemCloned, Kind::itemCloned},
+    {EventStreamFlag::itemModified, Kind::itemModified}, {EventStreamFlag::itemRemoved, Kind::itemRemoved},
+    {EventStreamFlag::itemRenamed, Kind::itemRenamed},
+};
+
+std::optional<bool> isDirectory(std::uint32_t flags) {
+    if ((flags & EventStreamFlag::itemIsDir) != 0) return true;
+    if ((flags & (EventStreamFlag::itemIsFile | EventStreamFlag::itemIsSymlink)) != 0) return false;
+    return std::nullopt;
+}
+
+// An identifier that only its platform understands is no hint.
+std::optional<std::string> nodeIDHint(const std::optional<FileIdentifier>& fileID) {
+    if (!fileID || std::holds_alternative<OpaqueFileIdentifier>(*fileID)) return std::nullopt;
+    return stableNodeIDString(*fileID);
+}
+
+} // namespace
+
+std::vector<RawEvent> rawEvents(const EventStreamNotification& notification, const std::string& rootPath,
+                                const std::string& path) {
+    std::vector<RawEvent> events;
+    for (const Kind kind : eventKinds(notification.flags)) {
+        events.push_back({
+            .rootPath = rootPath,
+            .path = path,
+            .kind = kind,
+            .nodeIDHint = nodeIDHint(notification.fileID),
+            .isDirectory = isDirectory(notification.flags),
+        });
+    }
+    return events;
+}
+
+std::vector<Kind> eventKinds(std::uint32_t flags) {
+    if (flags == 0) return {Kind::changeInDirectory};
+    std::vector<Kind> kinds;
+    for (const auto& [flag, kind] : kindsByFlag) {
+        if ((flags & flag) != 0) kinds.push_back(kind);
+    }
+    return kinds;
+}

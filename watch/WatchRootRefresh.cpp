@@ -1,0 +1,31 @@
+#include <cassert>
+
+#include "daemon/EditorDocumentDaemon.h"
+#include "watch/WatchedRoots.h"
+
+void EditorDocumentDaemon::refreshWatchRoots() {
+    assert(queue->isCurrent());
+    if (!platform.eventStreamSource) return;
+    const std::vector<std::string> rootPaths = watchedRoots(workspacesByRootPath, documentsByID);
+    presentWatchStream().updateWatchedRoots(rootPaths, watchedInterest(rootPaths, workspacesByRootPath, documentsByID));
+}
+
+void EditorDocumentDaemon::cancelWatching() {
+    assert(queue->isCurrent());
+    if (platform.eventStreamSource) presentWatchStream().cancel();
+}
+
+// Made on first use. Events cross to the daemon's queue by value, and do nothing once the daemon is gone.
+WorkspaceWatchStream& EditorDocumentDaemon::presentWatchStream() {
+    if (watchStream) return *watchStream;
+    const WatchStreamPlatform watchPlatform{
+        *platform.eventStreamSource, *platform.watchQueue, *platform.clock, fileManager,
+        *platform.environment,       *platform.errorOutput};
+    watchStream = std::make_shared<WorkspaceWatchStream>(
+        watchPlatform, [weakDaemon = weak_from_this(), daemonQueue = queue](std::vector<WorkspaceWatchEvent> events) {
+            daemonQueue->async([weakDaemon, events = std::move(events)] {
+                if (const auto daemon = weakDaemon.lock()) daemon->handleWatchEvents(events);
+            });
+        });
+    return *watchStream;
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "identity/EventNodePathIndex.h"
+#include "shared/WorkspaceBrowserNodePayload.h"
+#include "watch/WorkspaceWatchEvent.h"
+
+// One open workspace root: what the client has been shown of it, and what is known of the rest. It can be large, and so
+// it is changed where it stands, after the last step that can fail.
+struct ManagedWorkspace {
+    explicit ManagedWorkspace(const std::string& normalizedRootPath)
+        : rootPath(normalizedRootPath), knownPathsByEventNodeID(normalizedRootPath) {}
+
+    std::string rootPath;
+    std::set<std::string> loadedDirectoryPaths{}; // the directories whose children the client has
+    std::unordered_map<std::string, WorkspaceBrowserNodePayload> cachedNodesByID{};
+    std::unordered_map<std::string, std::vector<std::string>> childNodeIDsByDirectoryPath{}; // in listing order
+    EventNodePathIndex knownPathsByEventNodeID;
+    bool isEventNodeIndexReady = false;
+    std::vector<WorkspaceWatchEvent> pendingWatchEvents{}; // held back until the index is ready
+};

@@ -1,0 +1,97 @@
+#include <cassert>
+
+#include "daemon/EditorDocumentDaemon.h"
+#include "identity/StableNodeID.h"
+#include "workspace/DirectoryCache.h"
+#include "workspace/DirectoryListing.h"
+#include "workspace/WorkspacePathRules.h"
+
+void EditorDocumentDaemon::handleOpenWorkspace(EditorDocumentDaemonRequest request) {
+    assert(queue->isCurrent());
+    const auto requestedRootPath = presentField(request.rootPath);
+    if (!requestedRootPath) return respondFailure(request, "Missing workspace root path.");
+    const std::string rootPath = normalizedPath(*requestedRootPath, fileManager);
+    if (!fileManager.isDirectory(rootPath)) {
+        return respondFailure(request, "The selected project root is unavailable.");
+    }
+    WorkspaceDirectoryListing listing = loadWorkspaceDirectory(rootPath, rootPath, listingSources());
+
+    ManagedWorkspace& workspace = workspacesByRootPath.try_emplace(rootPath, rootPath).first->second;
+    workspace.knownPathsByEventNodeID = EventNodePathIndex(rootPath);
+    workspace.isEventNodeIndexReady = false;
+    workspace.loadedDirectoryPaths.insert(rootPath);
+    cacheWorkspaceDirectoryPayload(listing, workspace);
+    pruneWorkspaceCache(workspace);
+    refreshWatchRoots();
+    scheduleWorkspaceEventNodePathIndexRebuild(rootPath);
+    respondListing(request, rootPath, std::move(listing.payload));
+}
+
+void EditorDocumentDaemon::handleCloseWorkspace(EditorDocumentDaemonRequest request) {
+    assert(queue->isCurrent());
+    const auto requestedRootPath = presentField(request.rootPath);
+    if (!requestedRootPath) return respondFailure(request, "Missing workspace root path.");
+    const std::string rootPath = normalizedPath(*requestedRootPath, fileManager);
+    closeWorkspace(rootPath);
+    refreshWatchRoots();
+    write({
+        .kind = EditorDocumentEnvelopeKind::response,
+        .requestID = request.requestID,
+        .command = request.command,
+        .success = true,
+        .workspaceRootPath = rootPath,
+    });
+}
+
+void EditorDocumentDaemon::handleLoadWorkspaceChildren(EditorDocumentDaemonRequest request) {
+    assert(queue->isCurrent());
+    const auto requestedRootPath = presentField(request.rootPath);
+    const auto requestedPath = presentField(request.path);
+    if (!requestedRootPath || !requestedPath) return respondFailure(request, "Missing workspace directory path.");
+    const std::string rootPath = normalizedPath(*requestedRootPath, fileManager);
+    const std::string directoryPath = normalizedPath(*requestedPath, fileManager);
+    requirePath(directoryPath, rootPath);
+    if (!fileManager.isDirectory(directoryPath)) {
+        return respondFailure(request, "The requested directory is unavailable.");
+    }
+    WorkspaceDirectoryListing listing = loadWorkspaceDirectory(rootPath, directoryPath, listingSources());
+
+    // Expanding a directory of a root that was never opened opens the root.
+    ManagedWorkspace& workspace = workspacesByRootPath.try_emplace(rootPath, rootPath).first->second;
+    const bool needsIndex = workspace.knownPathsByEventNodeID.isEmpty();
+    if (needsIndex) workspace.isEventNodeIndexReady = false;
+    workspace.loadedDirectoryPaths.insert(rootPath);
+    workspace.loadedDirectoryPaths.insert(directoryPath);
+    cacheWorkspaceDirectoryPayload(listing, workspace);
+    pruneWorkspaceCache(workspace);
+    refreshWatchRoots();
+    if (needsIndex) scheduleWorkspaceEventNodePathIndexRebuild(rootPath);
+    respondListing(request, rootPath, std::move(listing.payload));
+}
+
+void EditorDocumentDaemon::respondListing(const EditorDocumentDaemonRequest& request, const std::string& rootPath,
+                                          WorkspaceBrowserDirectoryPayload listing) {
+    write({
+        .kind = EditorDocumentEnvelopeKind::response,
+        .requestID = request.requestID,
+        .command = request.command,
+        .success = true,
+        .workspaceRootPath = rootPath,
+        .workspaceDirectory = std::move(listing),
+    });
+}
+
+void EditorDocumentDaemon::closeWorkspace(const std::string& rootPath) {
+    if (workspacesByRootPath.erase(rootPath) == 0) return;
+    std::vector<std::string> openRootPaths;
+    for (const auto& [openRootPath, workspace] : workspacesByRootPath) openRootPaths.push_back(openRootPath);
+    stableNodeIDs.closeRoot(rootPath, openRootPaths);
+}
+
+WorkspaceListingSources EditorDocumentDaemon::listingSources() {
+    return {fileManager, *platform.fileIdentification, collation, stableNodeIDs};
+}
+
+std::string EditorDocumentDaemon::stableNodeID(const std::string& path) {
+    return ::stableNodeID(path, stableNodeIDs, *platform.fileIdentification, fileManager);
+}
