@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 namespace {
@@ -13,7 +14,7 @@ using IndexByKey = std::unordered_map<NameKey, Index, NameKeyHash>;
 class Precedence {
 public:
     explicit Precedence(const std::vector<Departure>& departures)
-        : before(departures.size()), inside(departures.size()) {
+        : before(departures.size()), inside(departures.size()), cannotArrive(departures.size()) {
         for (Index i = 0; i < departures.size(); ++i) {
             bySource.emplace(departures[i].source, i);
             if (departures[i].target) byTarget.emplace(*departures[i].target, i);
@@ -29,6 +30,7 @@ public:
 
     std::vector<std::vector<Index>> before;
     std::vector<std::vector<Index>> inside; // what leaves the item, if that is a folder
+    std::vector<bool> cannotArrive;         // its new place is in a folder that was reported elsewhere and still is
 
 private:
     // The nearest folder above that departs as well is enough: it has its own place in the order. If that one is
@@ -50,6 +52,13 @@ private:
                 before[i].push_back(found->second);
             if (const auto found = byTarget.find(place); found != byTarget.end() && found->second != i)
                 before[i].push_back(found->second);
+            if (const auto& formerPlace = place.folder->reportedPlace) {
+                const auto found = bySource.find(*formerPlace);
+                if (found == bySource.end())
+                    cannotArrive[i] = true;
+                else if (found->second != i)
+                    before[i].push_back(found->second);
+            }
             if (!place.folder->parent) return;
             place = {place.folder->parent, place.folder->name};
         }
@@ -73,6 +82,11 @@ public:
             auto& [current, next] = path.back();
             const auto& before = precedence.before[current];
             if (next == before.size()) {
+                if (departures[current].target &&
+                    (precedence.cannotArrive[current] || arrivesInRecreated(departures[current]))) {
+                    tellAsRemoval(current);
+                    continue;
+                }
                 finish(current);
                 path.pop_back();
                 continue;
@@ -102,12 +116,25 @@ private:
     // rename, since removals wait only for what is in the folder. As a removal it does the same.
     void giveUpRename(Index start) {
         while (!departures[path.back().first].target && path.back().first != start) leaveForLater();
-        const Index index = path.back().first;
+        if (departures[path.back().first].target) tellAsRemoval(path.back().first);
+    }
+
+    // The departure at the end of the path.
+    void tellAsRemoval(Index index) {
         Departure& departure = departures[index];
-        if (!departure.target) return; // cannot be
         departure.recreated = std::exchange(departure.target, std::nullopt);
+        recreated.insert(*departure.recreated);
         precedence.before[index] = precedence.inside[index];
         path.back().second = 0;
+    }
+
+    // What is created comes after all departures.
+    bool arrivesInRecreated(const Departure& departure) const {
+        if (recreated.empty()) return false;
+        for (const FolderNode* each = departure.target->folder; each->parent; each = each->parent) {
+            if (recreated.contains({each->parent, each->name})) return true;
+        }
+        return false;
     }
 
     void leaveForLater() {
@@ -118,6 +145,7 @@ private:
     std::vector<Departure>& departures;
     Precedence precedence;
     std::vector<Progress> progress;
+    std::unordered_set<NameKey, NameKeyHash> recreated{};
     std::vector<std::pair<Index, Index>> path{}; // departures being visited, and how far their predecessors are done
 };
 

@@ -44,6 +44,17 @@ PlaceView reportedPlace(const FolderNode* folder) {
     return {folder->reportedPlace->folder, folder->reportedPlace->name};
 }
 
+// One of those around the folder that have a reported place, if that leads back to the folder.
+FolderNode* displacedInReportedRing(const FolderNode* folder) {
+    FolderNode* displaced = nullptr;
+    for (FolderNode* each = folder->parent; each;
+         each = each->reportedPlace ? each->reportedPlace->folder : each->parent) {
+        if (each == folder) return displaced;
+        if (each->reportedPlace) displaced = each;
+    }
+    return nullptr;
+}
+
 } // namespace
 
 std::size_t NameKeyHash::operator()(const NameKey& key) const {
@@ -85,12 +96,24 @@ void FolderTree::detach(FolderNode* folder) {
     folder->nextSibling = folder->previousSibling = nullptr;
 }
 
-void FolderTree::place(FolderNode* folder, FolderNode* parent, std::string_view name, WasReported wasReported) {
+void FolderTree::place(FolderNode* folder, FolderNode* parent, std::string_view name) {
     NameKey reported = reportedKey(folder);
     attach(folder, parent, name);
     const bool isElsewhere = reported.folder != parent || reported.name != name;
-    folder->reportedPlace =
-        wasReported == WasReported::yes && isElsewhere ? std::make_unique<NameKey>(std::move(reported)) : nullptr;
+    const bool wasReported = reported.folder && reported.folder->snapshot.find(reported.name).isDirectory();
+    if (wasReported && isElsewhere) {
+        folder->reportedPlace = std::make_unique<NameKey>(std::move(reported));
+        displaced.push_back(folder);
+        return;
+    }
+    folder->reportedPlace.reset();
+    // What was reported in it, has left it and is now around it would be in a ring with it.
+    while (FolderNode* moved = displacedInReportedRing(folder)) moved->reportedPlace.reset();
+}
+
+void FolderTree::forgetReportedPlaces() {
+    for (FolderNode* folder : displaced) folder->reportedPlace.reset();
+    displaced.clear();
 }
 
 void FolderTree::promote(FolderNode* folder) {

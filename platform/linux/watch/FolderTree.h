@@ -26,8 +26,6 @@ struct NameKeyHash {
     std::size_t operator()(const NameKey& key) const;
 };
 
-enum class WasReported : bool { no, yes };
-
 // How a folder's first listing is taken: as what everybody knows anyway, or as news.
 enum class FirstListing : std::uint8_t { known, news };
 
@@ -38,7 +36,8 @@ struct FolderNode {
     FolderNode* firstChild{};
     FolderNode* nextSibling{};
     FolderNode* previousSibling{};
-    // The name under which the folder was last reported, while that is another one than it has now.
+    // The name under which the folder was last reported, while that is another one than it has now: from its move to
+    // the report that follows, when all becomes known under its present place or not at all.
     std::unique_ptr<NameKey> reportedPlace{};
     FolderSnapshot snapshot{};
     FileIdentity identity{};
@@ -46,12 +45,14 @@ struct FolderNode {
         settledStamp{}; // nanoseconds of the last change before the listing; 0 when that was too fresh to trust
     int watch = -1;
     std::uint32_t timesQueued = 0; // the crawl has so many pointers to it
+    std::uint8_t failures = 0;     // how many times in a row it was not found where it should be
     FirstListing firstListing{};
     bool isListed = false;
     bool isDead = false;
     bool isOfInterest = false;
-    bool isRemote = false;     // others may change it without a word from this kernel
-    bool hasLostWatch = false; // the kernel took the watch away, as it does when the folder is no more
+    bool mustCompareBelow = false; // what was lost may concern everything in it
+    bool isRemote = false;         // others may change it without a word from this kernel
+    bool hasLostWatch = false;     // the kernel took the watch away, as it does when the folder is no more
 };
 
 // The folders of all watched trees. A folder that goes away stays allocated until release(), because pending changes
@@ -68,8 +69,11 @@ public:
 
     // Takes the folder out of its parent. Its path stays what it was until it is placed somewhere or killed.
     void detach(FolderNode* folder);
-    // Puts a detached folder into a parent. One that was reported keeps the name under which it was.
-    void place(FolderNode* folder, FolderNode* parent, std::string_view name, WasReported wasReported);
+    // Puts a detached folder into a parent that is not in it. One that was reported keeps the name under which it was.
+    void place(FolderNode* folder, FolderNode* parent, std::string_view name);
+    const std::vector<FolderNode*>& displacedFolders() const { return displaced; } // some may have a reported place
+    // From now on all folders count as reported where they are.
+    void forgetReportedPlaces();
     // Makes an attached folder the top of a tree of its own, and the other way round. Nothing is remembered.
     void promote(FolderNode* folder);
     void adopt(FolderNode* top, FolderNode* parent, std::string_view name);
@@ -126,6 +130,7 @@ private:
 
     std::unordered_set<FolderNode*, ChildHash, ChildEqual> children{}; // all that are attached, and the tops
     std::vector<FolderNode*> dead{};
+    std::vector<FolderNode*> displaced{}; // those that may have a reported place
 };
 
 FolderNode* topOf(FolderNode* folder);

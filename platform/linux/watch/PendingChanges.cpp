@@ -43,7 +43,7 @@ void PendingChanges::movedAway(const NameKey& key, std::uint32_t cookie, FolderN
     setOccupant(key, change, Occupant::nobody, now);
 }
 
-PendingChanges::Arrival PendingChanges::movedHere(const NameKey& key, std::uint32_t cookie, WatchTime now) {
+FolderNode* PendingChanges::movedHere(const NameKey& key, std::uint32_t cookie, WatchTime now) {
     Change& change = touch(key, now);
     const auto found = moving.find(cookie);
     const auto isOfThisTree = [&](const MovingItem& item) { return topOf(item.left.folder) == topOf(key.folder); };
@@ -52,10 +52,9 @@ PendingChanges::Arrival PendingChanges::movedHere(const NameKey& key, std::uint3
     if (found == moving.end() || item == found->second.end()) {
         change.born = {};
         setOccupant(key, change, Occupant::newcomer, now);
-        return {};
+        return nullptr;
     }
-    const Arrival arrival{.folder = item->folder,
-                          .wasReported = item->occupant == Occupant::mover ? WasReported::yes : WasReported::no};
+    FolderNode* const arrival = item->folder;
     change.born = item->born;
     if (item->occupant != Occupant::mover) {
         setOccupant(key, change, Occupant::newcomer, now);
@@ -79,6 +78,10 @@ std::vector<FolderNode*> PendingChanges::forgetMoves() {
     }
     moving.clear();
     return folders;
+}
+
+void PendingChanges::forgotten(const NameKey& key, WatchTime now) {
+    touch(key, now).isForgotten = true;
 }
 
 void PendingChanges::rootChanged(const std::string& path, WatchTime now) {
@@ -132,7 +135,7 @@ std::optional<WatchTime> PendingChanges::closing() const {
 }
 
 std::vector<FolderNode*> PendingChanges::takeMisplaced() {
-    constexpr int patience = 4;
+    constexpr int patience = 3;
     std::vector<FolderNode*> folders;
     for (auto each = misplaced.begin(); each != misplaced.end();) {
         if (each->second < patience) {
@@ -151,8 +154,6 @@ std::unordered_set<const FolderNode*> PendingChanges::foldersInUse() const {
     for (const auto& [key, change] : changes) {
         waiting.push_back(key.folder);
         if (change.occupant == Occupant::mover) waiting.push_back(change.cameFrom.folder);
-        if (const FolderNode* moved = tree.child(key.folder, key.name); moved && moved->reportedPlace)
-            waiting.push_back(moved);
     }
     for (const auto& [cookie, items] : moving) {
         for (const MovingItem& item : items) {
@@ -162,12 +163,12 @@ std::unordered_set<const FolderNode*> PendingChanges::foldersInUse() const {
         }
     }
     for (const auto& [folder, count] : misplaced) waiting.push_back(folder);
+    for (const FolderNode* folder : doubtful) waiting.push_back(folder);
     while (!waiting.empty()) {
         const FolderNode* folder = waiting.back();
         waiting.pop_back();
         if (!folder || !result.insert(folder).second) continue;
         waiting.push_back(folder->parent);
-        if (folder->reportedPlace) waiting.push_back(folder->reportedPlace->folder);
     }
     return result;
 }

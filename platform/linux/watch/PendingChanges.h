@@ -8,6 +8,7 @@
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "platform/EventStream.h"
@@ -49,13 +50,12 @@ public:
     // The halves of a rename. The folder that leaves, if it is one, comes back when it arrives under a name of the same
     // tree; otherwise the item counts as created.
     void movedAway(const NameKey& key, std::uint32_t cookie, FolderNode* folder, WatchTime now);
-    struct Arrival {
-        FolderNode* folder{};
-        WasReported wasReported{}; // under the name that it had before all this
-    };
-    Arrival movedHere(const NameKey& key, std::uint32_t cookie, WatchTime now);
+    FolderNode* movedHere(const NameKey& key, std::uint32_t cookie, WatchTime now);
     // Gives up waiting for second halves; returns the folders that have left.
     std::vector<FolderNode*> forgetMoves();
+
+    // What was known of the folder at this name is not known any more.
+    void forgotten(const NameKey& key, WatchTime now);
 
     // Reports without a name in a folder.
     void rootChanged(const std::string& path, WatchTime now);
@@ -73,11 +73,14 @@ public:
     // The folders whose second half did not come and will not be waited for. To be killed before the closing.
     std::vector<FolderNode*> takeDeparted(WatchTime now);
     EventStreamBatch close(WatchTime now, const LookUp& lookUp, const ReportingPaths& paths);
+    // Folders in which the disk has other folders than the tree has. Either there are events about it to come, or they
+    // have been lost.
+    std::unordered_set<FolderNode*> takeDoubtful() { return std::exchange(doubtful, {}); }
     // Folders that were found elsewhere than expected several times in a row: no event explains it.
     std::vector<FolderNode*> takeMisplaced();
 
     std::size_t size() const { return changes.size(); }
-    // All folders that pending changes may point to.
+    // All folders that pending changes point to, right after a closing.
     std::unordered_set<const FolderNode*> foldersInUse() const;
 
 private:
@@ -89,6 +92,7 @@ private:
         bool isWritten = false;
         bool hasNewAttributes = false;
         bool hasBeenAnother = false; // the name was free meanwhile, or had another item
+        bool isForgotten = false;    // a folder at it, with all that was reported in that
         std::optional<WatchTime> unsettledSince{};
         WatchTime born{};   // of a newcomer
         NameKey cameFrom{}; // of a mover: where it was last reported
@@ -123,7 +127,6 @@ private:
         std::vector<Departure> departures{};
         std::vector<ReportedItem> creations{};
         std::vector<ReportedItem> modifications{};
-        std::vector<FolderNode*> movedFolders{}; // that are known under other names
 
         void addModification(ReportedItem item, std::uint32_t flag) {
             item.flag = flag;
@@ -136,10 +139,22 @@ private:
     void setUnsettled(Change& change, std::optional<WatchTime> since);
     void openWindow(WatchTime now);
 
-    KeySet carriedKeys(WatchTime now) const;
-    void closeOverLinks(KeySet& keys) const;
-    void carryWithFolders(KeySet& carried) const;
-    std::vector<Found> lookAtAll(KeySet& carried, const LookUp& lookUp, WatchTime now);
+    using TargetBySource = std::unordered_map<NameKey, NameKey, NameKeyHash>;
+    // The names to look at in one folder.
+    struct Look {
+        FolderNode* folder{};
+        std::size_t depth{};
+        std::vector<Found> founds{};
+    };
+
+    TargetBySource targetsBySource() const;
+    KeySet carriedKeys(const TargetBySource& targets, WatchTime now) const;
+    bool addWithRenames(const NameKey& key, const TargetBySource& targets, KeySet& keys) const;
+    bool concernsFolder(const NameKey& key) const;
+    std::vector<Found> lookAtAll(const LookUp& lookUp, WatchTime now);
+    std::vector<Look> looks(const KeySet& carried);
+    bool lookAt(Look& look, const LookUp& lookUp, std::unordered_set<const FolderNode*>& unreachable);
+    bool isRenameOf(const NameKey& source, const Found& found, const IdentityByKey& present) const;
     NameHistory historyOf(const Found& found, const IdentityByKey& present, const ReportingPaths& paths,
                           WatchTime now) const;
     Report reportOf(const std::vector<Found>& all, const ReportingPaths& paths, WatchTime now);
@@ -148,6 +163,7 @@ private:
     void tellCreations(Report& report, EventStreamBatch& batch, const ReportingPaths& paths, WatchTime now);
     void forgetOldBirths(WatchTime now);
     void settle(const std::vector<Found>& all, WatchTime now);
+    void expectNews(const NameKey& key);
     bool isFreshTemporary(const NameKey& key, ItemIdentity item, WatchTime now) const;
 
     FolderTree& tree;
@@ -170,4 +186,5 @@ private:
     std::deque<Birth> births{};
     std::unordered_multimap<std::uint64_t, const Birth*> birthByInode{};
     std::unordered_map<FolderNode*, int> misplaced{}; // how many closings in a row
+    std::unordered_set<FolderNode*> doubtful{};
 };

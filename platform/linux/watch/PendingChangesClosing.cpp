@@ -12,6 +12,27 @@ bool isGone(const FolderNode* folder) {
     return folder != nullptr;
 }
 
+bool isWithinAny(const FolderNode* folder, const std::unordered_set<const FolderNode*>& folders) {
+    while (folder && !folders.contains(folder)) folder = folder->parent;
+    return folder != nullptr;
+}
+
+std::size_t depthOf(const FolderNode* folder) {
+    std::size_t depth = 0;
+    for (; folder->parent; folder = folder->parent) ++depth;
+    return depth;
+}
+
+// Whether anybody has heard of the folder. What is in one that comes and goes in between is nobody's business.
+bool isReported(const FolderNode* folder) {
+    while (true) {
+        const auto [parent, name] = reportedKey(folder);
+        if (!parent) return true;
+        if (parent->snapshot.find(name) != ItemIdentity{folder->identity.inode, ItemType::directory}) return false;
+        folder = parent;
+    }
+}
+
 std::uint32_t typeFlag(ItemType type) {
     switch (type) {
         case ItemType::directory:
@@ -42,7 +63,7 @@ EventStreamNotification notification(std::string path, std::uint32_t flag, ItemI
 std::vector<FolderNode*> PendingChanges::takeDeparted(WatchTime now) {
     std::vector<FolderNode*> folders;
     if (moving.empty()) return folders;
-    const KeySet carried = carriedKeys(now);
+    const KeySet carried = carriedKeys(targetsBySource(), now);
     for (auto& [cookie, items] : moving) {
         std::erase_if(items, [&](const MovingItem& item) {
             if (carried.contains(item.left)) return false;
@@ -56,8 +77,7 @@ std::vector<FolderNode*> PendingChanges::takeDeparted(WatchTime now) {
 
 EventStreamBatch PendingChanges::close(WatchTime now, const LookUp& lookUp, const ReportingPaths& paths) {
     forgetOldBirths(now);
-    KeySet carried = carriedKeys(now);
-    const std::vector<Found> all = lookAtAll(carried, lookUp, now);
+    const std::vector<Found> all = lookAtAll(lookUp, now);
     Report report = reportOf(all, paths, now);
 
     EventStreamBatch batch;
@@ -90,14 +110,13 @@ PendingChanges::Report PendingChanges::reportOf(const std::vector<Found>& all, c
         const auto& [key, change, is] = all[i];
         const NetEffect& effect = effects[i];
         const ReportedItem item{*key, is, change->order, 0};
-        if (effect.isRemoved && !renamedAway.contains(*key))
+        if (effect.isRemoved && !renamedAway.contains(*key) && isReported(key->folder))
             report.departures.push_back({*key, {}, key->folder->snapshot.find(key->name), change->order, {}});
         if (effect.isCreated) report.creations.push_back(item);
+        if (effect.isCreated && is.isDirectory()) expectNews(*key);
         if (effect.isModified) report.addModification(item, EventStreamFlag::itemModified);
         if (effect.hasNewAttributes) report.addModification(item, EventStreamFlag::itemInodeMetaMod);
         if (effect == NetEffect{} && change->hasBeenAnother) noticeStaleListing(key->folder, paths);
-        FolderNode* folder = tree.child(key->folder, key->name);
-        if (folder && folder->reportedPlace) report.movedFolders.push_back(folder);
     }
     return report;
 }
@@ -105,14 +124,17 @@ PendingChanges::Report PendingChanges::reportOf(const std::vector<Found>& all, c
 // Whoever listed the folder meanwhile may have seen what is no longer true, and nothing else would tell him.
 void PendingChanges::noticeStaleListing(const FolderNode* folder, const ReportingPaths& paths) {
     if (paths.folders.empty()) return;
-    std::string path = reportedPath(folder);
-    if (paths.folders.contains(path)) notices.insert(std::move(path));
+    for (std::string path : {reportedPath(folder), currentPath(folder)}) {
+        if (paths.folders.contains(path)) notices.insert(std::move(path));
+    }
 }
 
 void PendingChanges::tellDepartures(Report& report, EventStreamBatch& batch, const ReportingPaths& paths,
                                     WatchTime now) {
     std::unordered_map<NameKey, FolderNode*, NameKeyHash> movedBySource;
-    for (FolderNode* folder : report.movedFolders) movedBySource.emplace(*folder->reportedPlace, folder);
+    for (FolderNode* folder : tree.displacedFolders()) {
+        if (folder->reportedPlace) movedBySource.emplace(*folder->reportedPlace, folder);
+    }
     for (Departure& departure : orderedDepartures(std::move(report.departures))) {
         std::string oldPath = reportedPath(departure.source);
         // From now on everybody knows the folder under its new name, or not at all until it is told as created.
@@ -121,14 +143,17 @@ void PendingChanges::tellDepartures(Report& report, EventStreamBatch& batch, con
         const ItemIdentity item = departure.item;
         if (departure.target) {
             batch.push_back(notification(std::move(oldPath), EventStreamFlag::itemRenamed, item));
-            batch.push_back(notification(reportedPath(*departure.target), EventStreamFlag::itemRenamed, item));
+            // Whatever else moves has arrived by now, or is told as created where it is.
+            std::string newPath = currentPath(*departure.target);
+            if (item.isDirectory()) noticeFoldersOfInterest(newPath, paths, now); // somebody has been faster
+            batch.push_back(notification(std::move(newPath), EventStreamFlag::itemRenamed, item));
             continue;
         }
         if (item.isDirectory()) noticeFoldersOfInterest(oldPath, paths, now);
         batch.push_back({.path = std::move(oldPath), .flags = EventStreamFlag::itemRemoved | typeFlag(item.type)});
         if (departure.recreated) report.creations.push_back({*departure.recreated, item, departure.order, 0});
     }
-    for (FolderNode* folder : report.movedFolders) folder->reportedPlace.reset(); // those left are told as created
+    tree.forgetReportedPlaces(); // those left are told as created, now or when they are found
 }
 
 // Parents come first.
@@ -155,100 +180,113 @@ void PendingChanges::forgetOldBirths(WatchTime now) {
     }
 }
 
-// What is not settled yet, unless its folder is gone: there it cannot come back.
-PendingChanges::KeySet PendingChanges::carriedKeys(WatchTime now) const {
+PendingChanges::TargetBySource PendingChanges::targetsBySource() const {
+    TargetBySource targets;
+    for (const auto& [key, change] : changes) {
+        if (change.occupant == Occupant::mover) targets.emplace(change.cameFrom, key);
+    }
+    return targets;
+}
+
+// What is not settled yet, unless its folder is gone: there it cannot come back. Only files are carried, so that what
+// is told of folders is complete at every time and their paths are the same for everybody.
+PendingChanges::KeySet PendingChanges::carriedKeys(const TargetBySource& targets, WatchTime now) const {
     KeySet carried;
     if (unsettled.empty() || now - *unsettled.rbegin() >= policy.hold) return carried;
-    KeySet hopeless;
     for (const auto& [key, change] : changes) {
-        if (isGone(key.folder))
-            hopeless.insert(key);
-        else if (change.unsettledSince && now - *change.unsettledSince < policy.hold)
-            carried.insert(key);
+        if (change.unsettledSince && now - *change.unsettledSince < policy.hold && !carried.contains(key))
+            addWithRenames(key, targets, carried);
     }
-    closeOverLinks(hopeless);
-    closeOverLinks(carried);
-    std::erase_if(carried, [&](const NameKey& key) { return hopeless.contains(key); });
-    carryWithFolders(carried);
     return carried;
 }
 
-// A rename is told whole or not at all.
-void PendingChanges::closeOverLinks(KeySet& keys) const {
-    if (keys.empty()) return;
-    std::unordered_map<NameKey, const NameKey*, NameKeyHash> targetBySource;
-    for (const auto& [key, change] : changes) {
-        if (change.occupant == Occupant::mover) targetBySource.emplace(change.cameFrom, &key);
-    }
-    if (targetBySource.empty()) return;
-    std::vector<NameKey> waiting(keys.begin(), keys.end());
+// Adds the name and those that renames link to it, as a rename is told whole or not at all. False when that cannot be
+// waited for.
+bool PendingChanges::addWithRenames(const NameKey& key, const TargetBySource& targets, KeySet& keys) const {
+    KeySet linked{key};
+    std::vector<NameKey> waiting{key};
     while (!waiting.empty()) {
-        const NameKey key = std::move(waiting.back());
+        const NameKey each = std::move(waiting.back());
         waiting.pop_back();
-        const auto reach = [&](const NameKey& linked) {
-            if (keys.insert(linked).second) waiting.push_back(linked);
+        if (isGone(each.folder) || concernsFolder(each)) return false;
+        const auto reach = [&](const NameKey& other) {
+            if (linked.insert(other).second) waiting.push_back(other);
         };
-        if (const auto target = targetBySource.find(key); target != targetBySource.end()) reach(*target->second);
-        if (const auto change = changes.find(key);
+        if (const auto target = targets.find(each); target != targets.end()) reach(target->second);
+        if (const auto change = changes.find(each);
             change != changes.end() && change->second.occupant == Occupant::mover)
             reach(change->second.cameFrom);
     }
+    keys.merge(linked);
+    return true;
 }
 
-// What happens in a folder whose own rename is not told yet cannot be told either, as nobody knows the folder's path.
-void PendingChanges::carryWithFolders(KeySet& carried) const {
-    const auto isInCarriedFolder = [&](const NameKey& key) {
-        for (const FolderNode* folder = key.folder; folder && folder->parent; folder = folder->parent) {
-            if (folder->reportedPlace && carried.contains({folder->parent, folder->name})) return true;
-        }
-        return false;
-    };
-    const bool carriesFolder = std::ranges::any_of(carried, [&](const NameKey& key) {
-        const FolderNode* folder = tree.child(key.folder, key.name);
-        return folder && folder->reportedPlace;
-    });
-    if (!carriesFolder) return;
-    for (std::size_t size = 0; size != carried.size();) {
-        size = carried.size();
-        for (const auto& [key, change] : changes) {
-            if (isInCarriedFolder(key)) carried.insert(key);
-        }
-        closeOverLinks(carried);
-    }
+bool PendingChanges::concernsFolder(const NameKey& key) const {
+    return key.folder->snapshot.find(key.name).isDirectory() || tree.child(key.folder, key.name);
 }
 
-// Asks the disk about all names but the carried ones; those in folders that cannot be found join the carried.
-std::vector<PendingChanges::Found> PendingChanges::lookAtAll(KeySet& carried, const LookUp& lookUp, WatchTime now) {
-    std::unordered_map<FolderNode*, std::vector<Found>> byFolder;
-    for (auto& [key, change] : changes) {
-        if (!carried.contains(key)) byFolder[key.folder].push_back({&key, &change, {}});
-    }
-    KeySet unreachable;
+// Asks the disk about all names but the carried ones. Those in folders that cannot be found now have to wait: the event
+// that tells where they are is on its way.
+std::vector<PendingChanges::Found> PendingChanges::lookAtAll(const LookUp& lookUp, WatchTime now) {
+    const TargetBySource targets = targetsBySource();
+    std::unordered_set<const FolderNode*> unreachable;
     std::vector<Found> all;
-    for (auto& [folder, founds] : byFolder) {
-        if (!isGone(folder)) {
-            std::vector<std::string> names;
-            names.reserve(founds.size());
-            for (const Found& found : founds) names.push_back(found.key->name);
-            const auto items = lookUp(*folder, names);
-            if (!items) {
-                ++misplaced[folder];
-                for (const Found& found : founds) unreachable.insert(*found.key);
-                continue;
-            }
-            for (std::size_t i = 0; i < founds.size(); ++i) founds[i].is = (*items)[i];
+    KeySet waiting;
+    for (Look& look : looks(carriedKeys(targets, now))) {
+        if (lookAt(look, lookUp, unreachable)) {
+            all.insert(all.end(), look.founds.begin(), look.founds.end());
+            continue;
         }
-        misplaced.erase(folder);
-        all.insert(all.end(), founds.begin(), founds.end());
-    }
-    if (!unreachable.empty()) {
-        closeOverLinks(unreachable);
-        carryWithFolders(unreachable);
-        std::erase_if(all, [&](const Found& found) { return unreachable.contains(*found.key); });
+        for (const Found& found : look.founds) addWithRenames(*found.key, targets, waiting);
         last = now;
     }
+    if (!waiting.empty()) std::erase_if(all, [&](const Found& found) { return waiting.contains(*found.key); });
     std::ranges::sort(all, {}, [](const Found& found) { return found.change->order; });
     return all;
+}
+
+// Upper folders come first: what is found in a folder counts only if the folder was still there.
+std::vector<PendingChanges::Look> PendingChanges::looks(const KeySet& carried) {
+    std::unordered_map<FolderNode*, std::size_t> places;
+    std::vector<Look> result;
+    for (auto& [key, change] : changes) {
+        if (carried.contains(key)) continue;
+        const auto [place, isNew] = places.emplace(key.folder, result.size());
+        if (isNew) result.push_back({.folder = key.folder, .depth = depthOf(key.folder)});
+        result[place->second].founds.push_back({&key, &change, {}});
+    }
+    std::ranges::sort(result, {}, &Look::depth);
+    return result;
+}
+
+// False when the folder is elsewhere, which is then true of all below it.
+bool PendingChanges::lookAt(Look& look, const LookUp& lookUp, std::unordered_set<const FolderNode*>& unreachable) {
+    FolderNode* const folder = look.folder;
+    if (isGone(folder)) {
+        misplaced.erase(folder);
+        return true;
+    }
+    std::vector<std::string> names;
+    names.reserve(look.founds.size());
+    for (const Found& found : look.founds) names.push_back(found.key->name);
+    const bool isWithinUnreachable = !unreachable.empty() && isWithinAny(folder, unreachable);
+    const auto items = isWithinUnreachable ? std::nullopt : lookUp(*folder, names);
+    if (!items) {
+        ++misplaced[folder];
+        unreachable.insert(folder);
+        return false;
+    }
+    misplaced.erase(folder);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        const ItemIdentity item = look.founds[i].is = (*items)[i];
+        const FolderNode* child = tree.child(folder, names[i]);
+        const bool isRight = child ? item.isDirectory() && (!child->isListed || child->identity.inode == item.inode)
+                                   : !item.isDirectory();
+        if (isRight) continue;
+        doubtful.insert(folder);
+        if (child) unreachable.insert(child);
+    }
+    return true;
 }
 
 NameHistory PendingChanges::historyOf(const Found& found, const IdentityByKey& present, const ReportingPaths& paths,
@@ -256,20 +294,32 @@ NameHistory PendingChanges::historyOf(const Found& found, const IdentityByKey& p
     const auto& [key, change, is] = found;
     NameHistory history{.was = key->folder->snapshot.find(key->name),
                         .is = is,
-                        .origin = change->occupant == Occupant::unchanged ? ItemOrigin::sameName : ItemOrigin::newcomer,
+                        .origin = change->occupant == Occupant::unchanged && !change->isForgotten
+                                      ? ItemOrigin::sameName
+                                      : ItemOrigin::newcomer,
                         .isWritten = change->isWritten,
                         .hasNewAttributes = change->hasNewAttributes};
     if (change->occupant != Occupant::mover) return history;
     const NameKey& source = change->cameFrom;
-    const auto atSource = present.find(source);
-    if (atSource == present.end() || atSource->second || source.folder->snapshot.find(source.name) != is)
-        return history;
+    if (!isRenameOf(source, found, present)) return history;
     if (paths.roots.size() > 1 && rootOf(reportedPath(source), paths.roots) != rootOf(currentPath(*key), paths.roots))
         return history;
     history.origin = ItemOrigin::movedFromFree;
     const bool isOpenDocument = paths.documents.contains(reportedPath(source));
     history.isFreshTemporary = !isOpenDocument && isFreshTemporary(source, is, now);
     return history;
+}
+
+// Whether the item that was last reported at the source is what stands at the name now.
+bool PendingChanges::isRenameOf(const NameKey& source, const Found& found, const IdentityByKey& present) const {
+    const auto atSource = present.find(source);
+    if (atSource == present.end() || atSource->second) return false;
+    if (source.folder->snapshot.find(source.name) != found.is || !isReported(source.folder)) return false;
+    if (!found.is.isDirectory()) return true;
+    // What is known of its contents must be its own.
+    const FolderNode* folder = tree.child(found.key->folder, found.key->name);
+    return folder && folder->isListed && folder->identity.inode == found.is.inode && folder->reportedPlace &&
+           *folder->reportedPlace == source;
 }
 
 // What has been looked at is now known to everybody.
@@ -282,7 +332,6 @@ void PendingChanges::settle(const std::vector<Found>& all, WatchTime now) {
             births.push_back({found.is.inode, key.name, change.born});
             birthByInode.emplace(found.is.inode, &births.back());
         }
-        if (FolderNode* folder = tree.child(key.folder, key.name)) folder->reportedPlace.reset();
         key.folder->snapshot.set(key.name, found.is);
         setUnsettled(change, std::nullopt);
         changes.erase(key);
@@ -293,6 +342,15 @@ void PendingChanges::settle(const std::vector<Found>& all, WatchTime now) {
         first.reset();
     else
         first = now;
+}
+
+// Whoever hears of a folder looks into it at once. What is found there later is news to him.
+void PendingChanges::expectNews(const NameKey& key) {
+    FolderNode* const folder = tree.child(key.folder, key.name);
+    if (!folder) return;
+    FolderTree::forSubtree(folder, [](FolderNode* each) {
+        if (!each->isListed) each->firstListing = FirstListing::news;
+    });
 }
 
 bool PendingChanges::isFreshTemporary(const NameKey& key, ItemIdentity item, WatchTime now) const {

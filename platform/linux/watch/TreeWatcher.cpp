@@ -28,6 +28,11 @@ std::optional<WatchTime> TreeWatcher::nextDeadline() const {
     return deadline;
 }
 
+bool TreeWatcher::isOverdue() const {
+    const auto deadline = nextDeadline();
+    return deadline && system.now() >= *deadline + policy.cap;
+}
+
 EventStreamBatch TreeWatcher::advance() {
     const WatchTime now = system.now();
     if (now >= nextPoll) {
@@ -38,7 +43,7 @@ EventStreamBatch TreeWatcher::advance() {
         nextCheck = now + checkInterval;
         isOutOfWatches = false; // some may have come free
         if (std::ranges::any_of(roots, [&](const Root& root) { return isLost(root); })) pending.touchWindow(now);
-        if (!retries.empty()) pending.touchWindow(now);
+        if (!waitingForClosing.empty()) pending.touchWindow(now);
     }
     const auto closing = pending.closing();
     if (!closing || now < *closing) return {};
@@ -88,8 +93,7 @@ void TreeWatcher::handleFolderRecord(FolderNode* folder, const KernelRecord& rec
         folder->watch = -1;
         folder->hasLostWatch = true;
         // As a rule the parent tells next that the folder is gone. If not, it has to be watched again.
-        retries.push_back(folder);
-        ++folder->timesQueued;
+        if (!folder->isDead) retryLater(folder);
     }
 }
 
@@ -131,16 +135,26 @@ void TreeWatcher::handleCreation(const NameKey& key, const KernelRecord& record,
 
 void TreeWatcher::handleArrival(const NameKey& key, const KernelRecord& record, WatchTime now) {
     if (FolderNode* replaced = tree.child(key.folder, key.name)) kill(replaced);
-    const auto arrival = pending.movedHere(key, record.cookie, now);
+    FolderNode* const arrival = pending.movedHere(key, record.cookie, now);
     if (!record.isDirectory()) return;
-    if (!arrival.folder || arrival.folder->isDead) {
-        // Whoever hears of a folder that arrives as a whole looks into it anyway.
+    if (!arrival || arrival->isDead) {
+        // Whoever hears of a folder that arrives as a whole looks into it anyway, so it must be told as one.
+        pending.forgotten(key, now);
         enter(addFolder(key.folder, key.name, FirstListing::known), urgent);
         return;
     }
-    tree.place(arrival.folder, key.folder, key.name, arrival.wasReported);
+    if (isWithin(key.folder, arrival)) {
+        // Events about other moves have been lost, and what is where will be found out.
+        FolderNode* const top = topOf(arrival);
+        kill(arrival);
+        compareAll(top);
+        return;
+    }
+    tree.place(arrival, key.folder, key.name);
+    arrival->failures = 0;
+    if (isComparingAll) compareAll(arrival); // it may come from where that has not been to where it has
     // It, or what is in it, may have moved on before it could be watched.
-    crawlUnlisted(arrival.folder);
+    crawlUnlisted(arrival);
 }
 
 // The kernel has dropped events. Whatever differs from the snapshots is looked for, in all folders.
@@ -155,13 +169,13 @@ void TreeWatcher::handleOverflow(WatchTime now) {
     }
     isComparingAll = true;
     for (const Root& root : roots) {
-        if (root.node && !root.node->parent) enqueue(urgent, root.node, true);
+        if (root.node && !root.node->parent) compareAll(root.node);
     }
 }
 
 EventStreamBatch TreeWatcher::closeWindow(WatchTime now) {
     checkRoots(now);
-    for (FolderNode* folder : std::exchange(retries, {})) {
+    for (FolderNode* folder : std::exchange(waitingForClosing, {})) {
         --folder->timesQueued;
         if (!folder->isDead) enqueue(urgent, folder, true);
     }
@@ -170,9 +184,12 @@ EventStreamBatch TreeWatcher::closeWindow(WatchTime now) {
         return itemsIn(folder, names);
     };
     EventStreamBatch batch = pending.close(now, lookUp, paths);
-    for (FolderNode* folder : pending.takeMisplaced()) {
-        for (FolderNode* departed : pending.forgetWithin(folder)) kill(departed);
-        enqueue(urgent, folder->parent ? folder->parent : folder, true);
+    for (FolderNode* folder : pending.takeMisplaced()) doubt(folder->parent ? folder->parent : folder);
+    // As a rule the event that explains it comes before the next closing.
+    for (FolderNode* folder : pending.takeDoubtful()) {
+        folder->settledStamp = 0;
+        compareAtNextClosing(folder);
+        pending.touchWindow(now);
     }
     tree.release(pending.foldersInUse());
     return batch;

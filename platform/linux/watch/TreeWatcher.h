@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -36,6 +37,8 @@ public:
 
     // When advance() is to be called next; absent when nothing is watched.
     std::optional<WatchTime> nextDeadline() const;
+    // Whether advance() should have been called long ago.
+    bool isOverdue() const;
     // Does what is due by now and returns what is to be told; nothing, as a rule.
     EventStreamBatch advance();
 
@@ -79,11 +82,19 @@ private:
     bool watch(FolderNode* folder, const std::string& path);
     void own(FolderNode* folder, int watch);
     void disown(FolderNode* folder);
+    void retryLater(FolderNode* folder);
+    void doubt(FolderNode* folder);
+    void compareAtNextClosing(FolderNode* folder);
     void list(FolderNode* folder, const OpenFolder& contents, std::deque<CrawlStep>& queueForChildren);
+    void compareAll(FolderNode* top);
     void compare(FolderNode* folder);
+    bool keepWatch(FolderNode* folder, const std::string& path);
     void compareEntries(FolderNode* folder, const OpenFolder& contents);
+    void compareMissing(FolderNode* folder, const std::map<std::string, ItemIdentity>& present);
+    void comparePresent(const NameKey& key, ItemIdentity listed, const OpenFolder& contents);
     void replace(FolderNode* folder);
     void kill(FolderNode* folder);
+    void discard(FolderNode* folder);
     FolderNode* addFolder(FolderNode* parent, std::string_view name, FirstListing listing);
     void enqueue(std::deque<CrawlStep>& queue, FolderNode* folder, bool isComparison);
     void take(std::deque<CrawlStep>& queue);
@@ -98,6 +109,7 @@ private:
     void attach(Root& root);
     void adoptTopsWithin(FolderNode* top);
     void detach(Root& root);
+    void abandon(FolderNode* top);
     bool isLost(const Root& root);
     void checkRoots(WatchTime now);
     void loseRoot(Root& root, WatchTime now);
@@ -120,9 +132,9 @@ private:
     ReportingPaths paths{};
     std::unordered_multimap<int, FolderNode*> foldersByWatch{}; // several where trees overlap by links or mounts
     std::unordered_map<std::string, int> watchByAncestor{};
-    std::deque<CrawlStep> urgent{};     // of folders that events or interest lead to
-    std::deque<CrawlStep> background{}; // of folders that nobody looks at
-    std::vector<FolderNode*> retries{}; // could not be found, as an ancestor had been moved meanwhile
+    std::deque<CrawlStep> urgent{};               // of folders that events or interest lead to
+    std::deque<CrawlStep> background{};           // of folders that nobody looks at
+    std::vector<FolderNode*> waitingForClosing{}; // of the window, to be compared then
     std::unordered_map<FolderNode*, FileStamps> stampsByFolder{};
     std::vector<MountPoint> mounts{};
     bool isOutOfWatches = false;

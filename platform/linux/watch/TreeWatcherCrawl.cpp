@@ -43,9 +43,8 @@ void TreeWatcher::enter(FolderNode* folder, std::deque<CrawlStep>& queueForChild
     const std::string path = currentPath(folder);
     const OpenedFolder opened = system.openFolder(path, linksAt(folder), OpenFor::listing);
     if (!opened.folder) {
-        if (opened.error != ENOENT) return;
-        retries.push_back(folder);
-        ++folder->timesQueued;
+        // One that may not be read is tried again when its attributes change.
+        if (opened.error != EACCES) retryLater(folder);
         return;
     }
     const FolderStatus status = opened.folder->status();
@@ -61,9 +60,20 @@ void TreeWatcher::enter(FolderNode* folder, std::deque<CrawlStep>& queueForChild
         if (isOutOfWatches) enqueue(background, folder, false);
         return;
     }
+    if (folder->parent && system.directoryAt(path) != folder->identity) {
+        // The watch may have gone to another folder that came here in this moment.
+        disown(folder);
+        retryLater(folder);
+        return;
+    }
+    folder->failures = 0;
     folder->settledStamp = status.isSettled && !folder->isRemote ? status.stamp : 0;
     folder->isListed = true;
     list(folder, *opened.folder, queueForChildren);
+    if (!paths.folders.contains(path)) return;
+    // Somebody may have looked before it was watched.
+    folder->isOfInterest = true;
+    pending.notice(path, system.now());
 }
 
 bool TreeWatcher::watch(FolderNode* folder, const std::string& path) {
@@ -79,20 +89,15 @@ bool TreeWatcher::watch(FolderNode* folder, const std::string& path) {
     return true;
 }
 
-// The kernel has one watch for each folder, however many paths lead to it. If a folder is found at another place than
-// it had, it has been away and come back.
+// The kernel has one watch for each folder, however many paths lead to it, and however many folders of the tree are
+// thought to be there: of one that was found at a new place before the event about its move was read, there are two for
+// a while.
 void TreeWatcher::own(FolderNode* folder, int watch) {
-    std::vector<FolderNode*> stale;
-    const auto [begin, end] = foldersByWatch.equal_range(watch);
-    for (auto each = begin; each != end; ++each) {
-        if (each->second != folder && system.directoryAt(currentPath(each->second)) != folder->identity)
-            stale.push_back(each->second);
-    }
+    if (folder->watch == watch) return;
     disown(folder);
     folder->watch = watch;
     folder->hasLostWatch = false;
     foldersByWatch.emplace(watch, folder);
-    for (FolderNode* other : stale) disown(other);
 }
 
 void TreeWatcher::disown(FolderNode* folder) {
@@ -115,70 +120,122 @@ void TreeWatcher::list(FolderNode* folder, const OpenFolder& contents, std::dequ
             pending.created({folder, std::string(name)}, PendingChanges::IsBeingWritten::no, now);
         else
             folder->snapshot.append(name, item);
-        if (item.isDirectory()) enqueue(queueForChildren, addFolder(folder, name, folder->firstListing), false);
+        if (item.isDirectory() && !tree.child(folder, name))
+            enqueue(queueForChildren, addFolder(folder, name, folder->firstListing), false);
     });
     folder->snapshot.finishAppending();
+}
+
+// It is not where it should be. Either an event on its way tells why, or what is known of its parent is wrong.
+void TreeWatcher::retryLater(FolderNode* folder) {
+    constexpr std::uint8_t patience = 3;
+    compareAtNextClosing(folder);
+    if (folder->failures < patience) {
+        ++folder->failures;
+        pending.touchWindow(system.now());
+    } else if (folder->parent) {
+        doubt(folder->parent); // and once more with every check of the roots
+    }
+}
+
+void TreeWatcher::compareAtNextClosing(FolderNode* folder) {
+    waitingForClosing.push_back(folder);
+    ++folder->timesQueued;
+}
+
+// Has the folder compared with the disk.
+void TreeWatcher::doubt(FolderNode* folder) {
+    if (folder->isDead) return;
+    folder->settledStamp = 0;
+    enqueue(urgent, folder, true);
+}
+
+void TreeWatcher::compareAll(FolderNode* top) {
+    if (top->isDead) return;
+    top->mustCompareBelow = true;
+    enqueue(urgent, top, true);
 }
 
 // Brings the picture of a folder up to date without any event to go by.
 void TreeWatcher::compare(FolderNode* folder) {
     const std::string path = currentPath(folder);
     const OpenedFolder opened = system.openFolder(path, linksAt(folder), OpenFor::listing);
-    if (!opened.folder) {
-        if (!folder->parent) pending.touchWindow(system.now()); // the check of the roots will find it lost
-        return;                                                 // else the parent shows what became of it
+    const bool isHere = opened.folder && opened.folder->status().identity == folder->identity;
+    if (!isHere && !folder->parent) {
+        pending.touchWindow(system.now()); // the check of the roots will find it lost
+        return;
     }
+    if (!isHere) {
+        if (opened.error != EACCES) retryLater(folder);
+        return;
+    }
+    if (!keepWatch(folder, path)) return;
+    folder->failures = 0;
+    const bool goesOn = std::exchange(folder->mustCompareBelow, false);
     const FolderStatus status = opened.folder->status();
-    if (status.identity != folder->identity) {
-        replace(folder);
-        return;
+    if (folder->settledStamp == 0 || folder->settledStamp != status.stamp) {
+        compareEntries(folder, *opened.folder);
+        folder->settledStamp = status.isSettled && !folder->isRemote ? status.stamp : 0;
     }
-    if (folder->watch < 0) watch(folder, path);
-    if (folder->settledStamp != 0 && folder->settledStamp == status.stamp) {
-        if (isComparingAll) {
-            for (FolderNode* child = folder->firstChild; child; child = child->nextSibling)
-                enqueue(urgent, child, true);
-        }
-        return;
+    if (!goesOn) return;
+    for (FolderNode* child = folder->firstChild; child; child = child->nextSibling) {
+        child->mustCompareBelow = true;
+        enqueue(urgent, child, true);
     }
-    compareEntries(folder, *opened.folder);
-    folder->settledStamp = status.isSettled && !folder->isRemote ? status.stamp : 0;
+}
+
+// Makes sure that the folder is watched. False when it turns out to be a new one that got the number of the old.
+bool TreeWatcher::keepWatch(FolderNode* folder, const std::string& path) {
+    const bool wasWatched = folder->watch >= 0 || folder->hasLostWatch;
+    const int former = folder->watch;
+    if (!watch(folder, path) || !wasWatched || folder->watch == former) return true;
+    replace(folder);
+    return false;
 }
 
 void TreeWatcher::compareEntries(FolderNode* folder, const OpenFolder& contents) {
-    const WatchTime now = system.now();
     std::map<std::string, ItemIdentity> present;
     const bool isComplete = contents.forEachEntry([&](std::string_view name, ItemIdentity item) {
         if (!isTemporarySaveName(name)) present.emplace(name, item);
     });
     if (!isComplete) return;
+    compareMissing(folder, present);
+    for (const auto& [name, item] : present) comparePresent({folder, name}, item, contents);
+}
 
+void TreeWatcher::compareMissing(FolderNode* folder, const std::map<std::string, ItemIdentity>& present) {
+    const WatchTime now = system.now();
     std::vector<std::string> gone;
     folder->snapshot.forEach([&](std::string_view name, ItemIdentity) {
         if (!present.contains(std::string(name))) gone.emplace_back(name);
     });
-    for (const std::string& name : gone) pending.vanished({folder, name}, now);
+    for (const std::string& name : gone) {
+        if (!pending.isTouched({folder, name})) pending.vanished({folder, name}, now);
+    }
     std::vector<FolderNode*> goneFolders;
     for (FolderNode* child = folder->firstChild; child; child = child->nextSibling) {
         const auto found = present.find(child->name);
         if (found == present.end() || !found->second.isDirectory()) goneFolders.push_back(child);
     }
     for (FolderNode* child : goneFolders) kill(child);
+}
 
-    for (const auto& [name, item] : present) {
-        const NameKey key{folder, name};
-        FolderNode* child = item.isDirectory() ? tree.child(folder, name) : nullptr;
-        // A mounted folder has another number than the listing shows. Whether it is the same is seen when it is opened.
-        const bool isSame = folder->snapshot.find(name) == item ||
-                            (child && child->isListed && child->identity.device != folder->identity.device);
-        if (!isSame || pending.isTouched(key)) pending.created(key, PendingChanges::IsBeingWritten::no, now);
-        if (!item.isDirectory()) continue;
-        if (child && !isSame) kill(child);
-        if (!child || !isSame)
-            enqueue(urgent, addFolder(folder, name, FirstListing::news), false);
-        else if (isComparingAll)
-            enqueue(urgent, child, true);
+void TreeWatcher::comparePresent(const NameKey& key, ItemIdentity listed, const OpenFolder& contents) {
+    const bool isTouched = pending.isTouched(key);
+    const ItemIdentity known = key.folder->snapshot.find(key.name);
+    if (!listed.isDirectory()) {
+        if (!isTouched && known != listed) pending.created(key, PendingChanges::IsBeingWritten::no, system.now());
+        return;
     }
+    FolderNode* const child = tree.child(key.folder, key.name);
+    const auto isRight = [&](ItemIdentity item) {
+        return (isTouched || known == item) && (!child->isListed || child->identity.inode == item.inode);
+    };
+    // Of a mounted folder the listing shows another number.
+    if (child && (isRight(listed) || isRight(contents.item(key.name)))) return;
+    if (child) kill(child);
+    pending.created(key, PendingChanges::IsBeingWritten::no, system.now());
+    enqueue(urgent, addFolder(key.folder, key.name, FirstListing::news), false);
 }
 
 // Another folder is where this one was.
@@ -194,7 +251,22 @@ void TreeWatcher::replace(FolderNode* folder) {
     enqueue(urgent, addFolder(key.folder, key.name, FirstListing::news), false);
 }
 
+// What was reported in it, and is not found elsewhere, has to be told as gone.
 void TreeWatcher::kill(FolderNode* folder) {
+    if (folder->isDead) return;
+    const WatchTime now = system.now();
+    const auto forget = [&](const NameKey& place) {
+        if (place.folder && !place.folder->isDead) pending.forgotten(place, now);
+    };
+    forget(reportedKey(folder));
+    FolderTree::forSubtree(folder, [&](const FolderNode* each) {
+        if (each->reportedPlace) forget(*each->reportedPlace);
+    });
+    discard(folder);
+}
+
+void TreeWatcher::discard(FolderNode* folder) {
+    if (folder->parent) folder->parent->settledStamp = 0; // a comparison has to look whether that was right
     tree.kill(folder, [&](FolderNode* each) {
         disown(each);
         stampsByFolder.erase(each);

@@ -162,7 +162,7 @@ void TreeWatcher::adoptTopsWithin(FolderNode* top) {
         FolderNode* unknown = parent ? tree.child(parent, name) : nullptr;
         // Where a link leads there, the tree stays by itself.
         if (!unknown || unknown->isListed || !root.node->isListed) continue;
-        kill(unknown);
+        discard(unknown);
         tree.adopt(root.node, parent, name);
     }
 }
@@ -173,8 +173,14 @@ void TreeWatcher::detach(Root& root) {
     for (const Root& other : roots) {
         if (other.node && !other.node->isDead && isWithin(other.node, node)) tree.promote(other.node);
     }
-    for (FolderNode* folder : pending.forgetWithin(node)) kill(folder);
-    kill(node);
+    abandon(node);
+}
+
+// Nothing is to be told of the tree any more.
+void TreeWatcher::abandon(FolderNode* top) {
+    for (FolderNode* folder : pending.forgetWithin(top)) kill(folder);
+    kill(top);
+    pending.forgetWithin(top);
 }
 
 bool TreeWatcher::isLost(const Root& root) {
@@ -195,10 +201,7 @@ void TreeWatcher::checkRoots(WatchTime now) {
 void TreeWatcher::loseRoot(Root& root, WatchTime now) {
     pending.rootChanged(root.path, now);
     FolderNode* node = std::exchange(root.node, nullptr);
-    if (node && !node->isDead && !node->parent) {
-        for (FolderNode* folder : pending.forgetWithin(node)) kill(folder);
-        kill(node);
-    }
+    if (node && !node->isDead && !node->parent) abandon(node);
     pending.noticeFoldersOfInterest(root.path, paths, now);
     root.watchedFolders = 0;
     attach(root);

@@ -86,27 +86,28 @@ void WatchLoop::runSoon() {
 
 void WatchLoop::run() {
     if (haveMountsChanged.exchange(false)) watcher.handleMountChange();
-    handleBlocks();
+    const bool hasAll = handleBlocks();
     watcher.crawl(sliceBudget);
-    EventStreamBatch batch = watcher.advance();
-    if (watcher.hasWork()) runSoon();
+    // A look at the disk is best taken when all events so far are known.
+    EventStreamBatch batch;
+    if (hasAll || watcher.isOverdue()) batch = watcher.advance();
+    if (!hasAll || watcher.hasWork()) runSoon();
     armTimer();
     // Last, and by a copy: the receiver may stop the stream, and with it do away with the function.
     const auto deliverBatch = deliver;
     if (!batch.empty()) deliverBatch(std::move(batch));
 }
 
-void WatchLoop::handleBlocks() {
+// False when there are more.
+bool WatchLoop::handleBlocks() {
     const WatchTime end = system->now() + sliceBudget;
     while (reader) {
         const auto block = reader->takeBlock();
-        if (!block) return;
+        if (!block) return true;
         watcher.handleBlock(*block);
-        if (system->now() < end) continue;
-        // There may be more, and nobody will call for it.
-        runSoon();
-        return;
+        if (system->now() >= end) return false;
     }
+    return true;
 }
 
 void WatchLoop::armTimer() {

@@ -34,7 +34,7 @@ private:
     void wakeUp(); // on the reader's thread
     void run();
     void runSoon();
-    void handleBlocks();
+    bool handleBlocks();
     void armTimer();
 
     std::unique_ptr<LinuxWatchSystem> system;

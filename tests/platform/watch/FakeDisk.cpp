@@ -22,36 +22,49 @@ bool isAtOrBelow(const std::string& path, const std::string& directory) {
 
 } // namespace
 
-// Holds on to the path instead of the folder, which is as good as long as nothing happens in between.
 class FakeFolder final : public OpenFolder {
 public:
-    FakeFolder(FakeDisk& fakeDisk, std::string folderPath) : disk(fakeDisk), path(std::move(folderPath)) {}
+    FakeFolder(FakeDisk& fakeDisk, const FakeDisk::Item& item)
+        : disk(fakeDisk), identity{item.device, item.inode}, serial(item.serial) {}
 
-    FolderStatus status() const override {
-        const auto& item = disk.items.at(path);
-        return {.identity = {item.device, item.inode}, .coverage = disk.coverage};
+    FolderStatus status() const override { return {.identity = identity, .coverage = disk.coverage}; }
+    ItemIdentity item(const std::string& name) const override {
+        disk.act();
+        const std::string path = currentPath();
+        return path.empty() ? ItemIdentity{} : disk.peek(path + "/" + name);
     }
-    ItemIdentity item(const std::string& name) const override { return disk.itemAt(path + "/" + name); }
     std::optional<FileStamp> fileStamp(const std::string& name) const override {
         const ItemIdentity found = item(name);
         if (!found || found.isDirectory()) return std::nullopt;
         return FileStamp{found.inode, 0, static_cast<std::int64_t>(disk.files.at(found.inode).version)};
     }
     bool forEachEntry(const std::function<void(std::string_view, ItemIdentity)>& visit) const override {
+        disk.act();
         ++disk.listings;
-        for (const auto& [each, item] : disk.items) {
+        const std::string path = currentPath();
+        if (path.empty()) return true;
+        for (const auto& [each, item] : std::map(disk.items)) {
             if (each != path && parentOf(each) == path) visit(nameOf(each), {item.inode, item.type});
         }
         return true;
     }
 
 private:
+    // Empty when the folder is gone.
+    std::string currentPath() const {
+        for (const auto& [path, item] : disk.items) {
+            if (item.serial == serial) return path;
+        }
+        return {};
+    }
+
     FakeDisk& disk;
-    std::string path;
+    FileIdentity identity;
+    std::uint64_t serial;
 };
 
 FakeDisk::FakeDisk() {
-    items["/"] = {.inode = 2, .type = ItemType::directory};
+    items["/"] = {.inode = 2, .type = ItemType::directory, .serial = 1};
 }
 
 void FakeDisk::makeDirectory(const std::string& path) {
@@ -91,6 +104,7 @@ void FakeDisk::move(const std::string& path, const std::string& newPath) {
     const std::uint32_t kind = items.at(path).type == ItemType::directory ? IN_ISDIR : 0;
     const std::uint32_t cookie = ++lastCookie;
     tell(path, IN_MOVED_FROM | kind, cookie);
+    if (exists(newPath)) endWatch(newPath);
     erase(newPath);
     relocate(path, newPath);
     tell(newPath, IN_MOVED_TO | kind, cookie);
@@ -116,11 +130,7 @@ void FakeDisk::remove(const std::string& path) {
         const std::string each = last->first;
         if (!isAtOrBelow(each, path)) return;
         const bool isDirectory = last->second.type == ItemType::directory;
-        if (isDirectory) {
-            tellItself(each, IN_DELETE_SELF);
-            tellItself(each, IN_IGNORED);
-            watchByInode.erase(last->second.inode);
-        }
+        if (isDirectory) endWatch(each);
         erase(each);
         tell(each, isDirectory ? IN_DELETE | IN_ISDIR : IN_DELETE);
     }
@@ -145,6 +155,7 @@ void FakeDisk::leave(const std::string& path) {
 void FakeDisk::mount(const std::string& path) {
     items[path].inode = 2;
     items[path].device = ++lastDevice;
+    items[path].serial = ++lastSerial;
     mounts.push_back({path, static_cast<int>(lastDevice)});
 }
 
@@ -168,26 +179,34 @@ std::set<std::string> FakeDisk::paths() const {
 }
 
 OpenedFolder FakeDisk::openFolder(const std::string& path, FollowLinks, OpenFor) {
+    act();
     const auto item = items.find(path);
     if (item == items.end()) return {.error = ENOENT};
     if (item->second.type != ItemType::directory) return {.error = ENOTDIR};
-    return {.folder = std::make_unique<FakeFolder>(*this, path)};
+    return {.folder = std::make_unique<FakeFolder>(*this, item->second)};
 }
 
 std::optional<FileIdentity> FakeDisk::directoryAt(const std::string& path) {
+    act();
     const auto item = items.find(path);
     if (item == items.end() || item->second.type != ItemType::directory) return std::nullopt;
     return FileIdentity{item->second.device, item->second.inode};
 }
 
 ItemIdentity FakeDisk::itemAt(const std::string& path) {
+    act();
+    return peek(path);
+}
+
+ItemIdentity FakeDisk::peek(const std::string& path) const {
     const auto item = items.find(path);
     if (item == items.end()) return {};
     return {item->second.inode, item->second.type};
 }
 
 AddedWatch FakeDisk::watchFolder(const std::string& path, FollowLinks) {
-    if (const auto act = std::exchange(beforeNextWatch, nullptr)) act();
+    act();
+    if (const auto once = std::exchange(beforeNextWatch, nullptr)) once();
     const auto item = items.find(path);
     if (item == items.end()) return {.error = ENOENT};
     if (const auto known = watchByInode.find(item->second.inode); known != watchByInode.end())
@@ -202,7 +221,16 @@ AddedWatch FakeDisk::watchAncestor(const std::string&) {
 }
 
 void FakeDisk::unwatch(int watch) {
-    std::erase_if(watchByInode, [&](const auto& entry) { return entry.second == watch; });
+    if (std::erase_if(watchByInode, [&](const auto& entry) { return entry.second == watch; }) > 0)
+        record(watch, IN_IGNORED, 0, "");
+}
+
+bool FakeDisk::isWatched(const std::string& path) const {
+    return watchByInode.contains(items.at(path).inode);
+}
+
+void FakeDisk::act() {
+    if (beforeEachCall) beforeEachCall();
 }
 
 std::uint64_t FakeDisk::newInode() {
@@ -214,7 +242,7 @@ std::uint64_t FakeDisk::newInode() {
 
 void FakeDisk::put(const std::string& path, ItemType type) {
     const std::uint64_t inode = newInode();
-    items[path] = {.inode = inode, .type = type};
+    items[path] = {.inode = inode, .type = type, .serial = ++lastSerial};
     files[inode] = {};
 }
 
@@ -240,6 +268,12 @@ void FakeDisk::relocate(const std::string& path, const std::string& newPath) {
 void FakeDisk::tell(const std::string& path, std::uint32_t mask, std::uint32_t cookie) {
     const auto watch = watchByInode.find(items.at(parentOf(path)).inode);
     if (watch != watchByInode.end()) record(watch->second, mask, cookie, nameOf(path));
+}
+
+void FakeDisk::endWatch(const std::string& path) {
+    tellItself(path, IN_DELETE_SELF);
+    tellItself(path, IN_IGNORED);
+    watchByInode.erase(items.at(path).inode);
 }
 
 void FakeDisk::tellItself(const std::string& path, std::uint32_t mask) {

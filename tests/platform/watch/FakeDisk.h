@@ -44,6 +44,7 @@ public:
     EventCoverage coverage = EventCoverage::complete;
     // What is done before the next watch is added, to come between two steps of the watcher.
     std::function<void()> beforeNextWatch{};
+    std::function<void()> beforeEachCall{}; // of the watcher
 
     WatchTime now() const override { return time; }
     bool canWatch() const override { return hasInotify; }
@@ -56,6 +57,11 @@ public:
     std::vector<MountPoint> mountPoints() override { return mounts; }
 
     std::size_t watchCount() const { return watchByInode.size(); }
+    bool isWatched(const std::string& path) const;
+    bool isDirectory(const std::string& path) const {
+        const auto item = items.find(path);
+        return item != items.end() && item->second.type == ItemType::directory;
+    }
     std::size_t listings = 0; // how many times a folder was listed
 
 private:
@@ -65,6 +71,7 @@ private:
         std::uint64_t inode{};
         ItemType type{};
         dev_t device = 1;
+        std::uint64_t serial{}; // never used again
     };
     struct File {
         int links = 1;
@@ -72,6 +79,9 @@ private:
         bool isBeingWritten = false;
     };
 
+    void act();
+    ItemIdentity peek(const std::string& path) const;
+    void endWatch(const std::string& path);
     std::uint64_t newInode();
     void put(const std::string& path, ItemType type);
     void erase(const std::string& path);
@@ -86,6 +96,7 @@ private:
     std::vector<MountPoint> mounts{};
     std::vector<std::uint64_t> freeInodes{};
     std::uint64_t lastInode = 100;
+    std::uint64_t lastSerial = 1;
     dev_t lastDevice = 1;
     int lastWatch = 0;
     std::uint32_t lastCookie = 0;

@@ -216,12 +216,12 @@ TEST(InotifyEvents, AreMadeUpForWhenTheyWereLost) {
     ASSERT_TRUE(tree.tellsAmongOthers("look w"));
     tree.onQueue([&] { // while it is held up, more happens than the reader may keep
         fs::remove_all(tree.path("w/gone"));
+        fs::rename(tree.path("w/a/f"), tree.path("w/a/g"));
         writeFile(tree.path("w/new/sub/f"), "");
         for (int i = 0; i < 400; ++i) {
             writeFile(tree.path("w/a/t" + std::to_string(i)), "");
             fs::remove(tree.path("w/a/t" + std::to_string(i)));
         }
-        fs::rename(tree.path("w/a/f"), tree.path("w/a/g"));
     });
     for (const char* expected : {"removed w/a/f", "created w/new/sub/f"}) EXPECT_TRUE(tree.tellsAmongOthers(expected));
     writeFile(tree.path("w/new/sub/g"), ""); // what was found is under watch

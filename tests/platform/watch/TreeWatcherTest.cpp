@@ -88,7 +88,7 @@ TEST_F(TreeWatcherTest, WatchesADirectoryThatMovesWhileItIsBeingWatched) {
     disk.makeDirectory("/w/p");
     disk.makeDirectory("/w/p/q");
     disk.beforeNextWatch = [&] { disk.move("/w/p", "/w/r"); };
-    EXPECT_EQ(toldAfter(), Tellings{}); // the path that is known leads nowhere
+    passOn(); // the path that is known leads nowhere
     EXPECT_EQ(toldAfter(), (Tellings{"created dir /w/r", "created dir /w/r/q"}));
     write("/w/r/q/f");
     EXPECT_EQ(toldAfter(), Tellings{"created /w/r/q/f"});

@@ -158,8 +158,8 @@ TEST(FolderSnapshot, KeepsWhatIsSet) {
 class Departures {
 public:
     Departures() : top(tree.addTop("/w")) {
-        for (const char* name : {"a", "b", "c", "d"}) tree.addChild(top, name);
-        for (const char* name : {"a", "b"}) tree.addChild(tree.child(top, name), "in");
+        for (const char* name : {"a", "b", "c", "d"}) add(top, name);
+        for (const char* name : {"a", "b"}) add(tree.child(top, name), "in");
     }
 
     std::vector<std::string> ordered(const std::vector<std::string>& rows) {
@@ -177,7 +177,7 @@ public:
             if (folder && departure.target) moved.emplace_back(folder, *departure.target);
         }
         for (const auto& [folder, target] : moved) tree.detach(folder);
-        for (const auto& [folder, target] : moved) tree.place(folder, target.folder, target.name, WasReported::yes);
+        for (const auto& [folder, target] : moved) tree.place(folder, target.folder, target.name);
         std::vector<std::string> result;
         for (const Departure& departure : orderedDepartures(std::move(departures))) {
             std::string text = names.at(departure.source);
@@ -189,6 +189,10 @@ public:
     }
 
 private:
+    void add(FolderNode* parent, const char* name) {
+        tree.addChild(parent, name);
+        parent->snapshot.set(name, {1, directory});
+    }
     NameKey key(const std::string& path) {
         const std::size_t slash = path.find('/');
         FolderNode* folder = slash == std::string::npos ? top : tree.child(top, path.substr(0, slash));
