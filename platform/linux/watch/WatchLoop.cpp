@@ -1,6 +1,7 @@
 #include "platform/linux/watch/WatchLoop.h"
 
 #include <algorithm>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -12,8 +13,12 @@ constexpr std::chrono::seconds lingering{1};
 
 } // namespace
 
-WatchLoop::WatchLoop(std::unique_ptr<LinuxWatchSystem> watchSystem, std::size_t queuedByteLimit, DeliveryPolicy policy)
-    : system(std::move(watchSystem)), watcher(*system, policy), byteLimit(queuedByteLimit) {}
+WatchLoop::WatchLoop(std::unique_ptr<LinuxWatchSystem> watchSystem, std::size_t queuedByteLimit,
+                     DeliveryPolicy deliveryPolicy)
+    : system(std::move(watchSystem)),
+      policy(deliveryPolicy),
+      watcher(std::make_unique<TreeWatcher>(*system, policy)),
+      byteLimit(queuedByteLimit) {}
 
 bool WatchLoop::start(const std::vector<std::string>& rootPaths, Queue& streamQueue,
                       std::function<void(EventStreamBatch)> deliverBatch) {
@@ -27,8 +32,9 @@ bool WatchLoop::start(const std::vector<std::string>& rootPaths, Queue& streamQu
         const std::lock_guard lock(queueMutex);
         queue = &streamQueue;
     }
-    watcher.setRoots(rootPaths);
-    watcher.crawl(startBudget);
+    roots = rootPaths;
+    watcher->setRoots(roots);
+    watcher->crawl(startBudget);
     runSoon();
     return true;
 }
@@ -47,12 +53,13 @@ void WatchLoop::stop() {
     formerQueue->asyncAfter(lingering, [weakSelf = weak_from_this(), formerGeneration = generation] {
         const auto self = weakSelf.lock();
         if (!self || self->generation != formerGeneration || self->isRunning()) return;
-        self->watcher.setRoots({});
+        self->watcher->setRoots({});
     });
 }
 
-void WatchLoop::setInterest(const EventStreamInterest& interest) {
-    watcher.setInterest(interest);
+void WatchLoop::setInterest(const EventStreamInterest& newInterest) {
+    interest = newInterest;
+    watcher->setInterest(interest);
     if (isRunning()) runSoon();
 }
 
@@ -85,17 +92,54 @@ void WatchLoop::runSoon() {
 }
 
 void WatchLoop::run() {
-    if (haveMountsChanged.exchange(false)) watcher.handleMountChange();
-    const bool hasAll = handleBlocks();
-    watcher.crawl(sliceBudget);
-    // A look at the disk is best taken when all events so far are known.
     EventStreamBatch batch;
-    if (hasAll || watcher.isOverdue()) batch = watcher.advance();
-    if (!hasAll || watcher.hasWork()) runSoon();
-    armTimer();
+    try {
+        batch = mustStartAnew ? startAnew() : goOn();
+        armTimer();
+    } catch (const std::bad_alloc&) {
+        // What is known may be half changed.
+        mustStartAnew = true;
+        batch.clear();
+        tryAgainLater();
+    }
     // Last, and by a copy: the receiver may stop the stream, and with it do away with the function.
     const auto deliverBatch = deliver;
     if (!batch.empty()) deliverBatch(std::move(batch));
+}
+
+EventStreamBatch WatchLoop::goOn() {
+    if (haveMountsChanged.exchange(false)) watcher->handleMountChange();
+    const bool hasAll = handleBlocks();
+    watcher->crawl(sliceBudget);
+    // A look at the disk is best taken when all events so far are known.
+    EventStreamBatch batch;
+    if (hasAll || watcher->isOverdue()) batch = watcher->advance();
+    if (!hasAll || watcher->hasWork()) runSoon();
+    return batch;
+}
+
+// Forgets everything, and says so.
+EventStreamBatch WatchLoop::startAnew() {
+    watcher = std::make_unique<TreeWatcher>(*system, policy);
+    watcher->setInterest(interest);
+    watcher->setRoots(roots);
+    EventStreamBatch batch;
+    for (const std::string& path : roots) batch.push_back({.path = path, .flags = EventStreamFlag::rootChanged});
+    for (const std::string& path : interest.directoryPaths) batch.push_back({.path = path});
+    mustStartAnew = false;
+    runSoon();
+    return batch;
+}
+
+void WatchLoop::tryAgainLater() {
+    try {
+        queue->asyncAfter(lingering, [weakSelf = weak_from_this(), submittedGeneration = generation] {
+            const auto self = weakSelf.lock();
+            if (self && self->generation == submittedGeneration) self->run();
+        });
+    } catch (const std::bad_alloc&) {
+        // The next event will do.
+    }
 }
 
 // False when there are more.
@@ -104,14 +148,14 @@ bool WatchLoop::handleBlocks() {
     while (reader) {
         const auto block = reader->takeBlock();
         if (!block) return true;
-        watcher.handleBlock(*block);
+        watcher->handleBlock(*block);
         if (system->now() >= end) return false;
     }
     return true;
 }
 
 void WatchLoop::armTimer() {
-    const auto deadline = watcher.nextDeadline();
+    const auto deadline = watcher->nextDeadline();
     if (!deadline || (!timers.empty() && *timers.begin() <= *deadline)) return;
     timers.insert(*deadline);
     const auto delay = std::max(*deadline - system->now(), WatchTime::duration::zero());

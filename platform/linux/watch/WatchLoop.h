@@ -19,26 +19,34 @@
 // on the queue.
 class WatchLoop : public std::enable_shared_from_this<WatchLoop> {
 public:
-    WatchLoop(std::unique_ptr<LinuxWatchSystem> watchSystem, std::size_t queuedByteLimit, DeliveryPolicy policy);
+    WatchLoop(std::unique_ptr<LinuxWatchSystem> watchSystem, std::size_t queuedByteLimit,
+              DeliveryPolicy deliveryPolicy);
 
     bool start(const std::vector<std::string>& rootPaths, Queue& queue, std::function<void(EventStreamBatch)> deliver);
     // What is watched stays watched for a moment, since the next stream is likely to want it.
     void stop();
     bool isRunning() const { return static_cast<bool>(deliver); }
-    void setInterest(const EventStreamInterest& interest);
+    void setInterest(const EventStreamInterest& newInterest);
 
-    TreeWatcher::Statistics statistics() const { return watcher.statistics(); }
+    TreeWatcher::Statistics statistics() const { return watcher->statistics(); }
 
 private:
     void startReader();
     void wakeUp(); // on the reader's thread
     void run();
+    EventStreamBatch goOn();
+    EventStreamBatch startAnew();
+    void tryAgainLater();
     void runSoon();
     bool handleBlocks();
     void armTimer();
 
     std::unique_ptr<LinuxWatchSystem> system;
-    TreeWatcher watcher;
+    const DeliveryPolicy policy;
+    std::unique_ptr<TreeWatcher> watcher;
+    std::vector<std::string> roots{};
+    EventStreamInterest interest{};
+    bool mustStartAnew = false;
     const std::size_t byteLimit;
     std::function<void(EventStreamBatch)> deliver{}; // absent while stopped
     std::uint64_t generation = 0;                    // of the stream; what was submitted for a former one does nothing

@@ -49,13 +49,11 @@ public:
 
     // Waits until all has been told that is expected, in any number of batches, and returns whether it was. Nothing
     // else may be told but directories to look at and attributes.
-    testing::AssertionResult tells(std::vector<std::string> expected) {
-        std::unique_lock lock(mutex);
-        const auto isDone = [&] { return relevant().size() >= expected.size() && relevant() == expected; };
-        if (!arrived.wait_for(lock, std::chrono::seconds(10), isDone))
-            return testing::AssertionFailure() << "told " << testing::PrintToString(all);
-        all.clear();
-        return testing::AssertionSuccess();
+    testing::AssertionResult tells(const std::vector<std::string>& expected) {
+        return awaits([&] { return relevant() == expected; });
+    }
+    testing::AssertionResult tellsInAnyOrder(const std::vector<std::string>& expected) {
+        return awaits([&] { return std::ranges::is_permutation(relevant(), expected); });
     }
 
     // Waits until this one has been told, whatever else was, and forgets all that was told up to it.
@@ -95,6 +93,14 @@ public:
     LinuxEventStreamSource source;
 
 private:
+    testing::AssertionResult awaits(const std::function<bool()>& isDone) {
+        std::unique_lock lock(mutex);
+        if (!arrived.wait_for(lock, std::chrono::seconds(10), isDone))
+            return testing::AssertionFailure() << "told " << testing::PrintToString(all);
+        all.clear();
+        return testing::AssertionSuccess();
+    }
+
     std::vector<std::string> relevant() const {
         std::vector<std::string> result;
         for (const std::string& each : all) {
