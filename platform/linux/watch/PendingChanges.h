@@ -15,6 +15,7 @@
 #include "platform/linux/watch/DeliveryWindow.h"
 #include "platform/linux/watch/DepartureOrder.h"
 #include "platform/linux/watch/FolderTree.h"
+#include "platform/linux/watch/KnownFolders.h"
 #include "platform/linux/watch/NetEffect.h"
 
 // Paths that decide about details of what is told.
@@ -98,7 +99,6 @@ private:
         NameKey cameFrom{}; // of a mover: where it was last reported
     };
     using ChangeByKey = std::unordered_map<NameKey, Change, NameKeyHash>;
-    using IdentityByKey = std::unordered_map<NameKey, ItemIdentity, NameKeyHash>;
     using KeySet = std::unordered_set<NameKey, NameKeyHash>;
 
     struct MovingItem {
@@ -154,9 +154,10 @@ private:
     std::vector<Found> lookAtAll(const LookUp& lookUp, WatchTime now);
     std::vector<Look> looks(const KeySet& carried);
     bool lookAt(Look& look, const LookUp& lookUp, std::unordered_set<const FolderNode*>& unreachable);
-    bool isRenameOf(const NameKey& source, const Found& found, const IdentityByKey& present) const;
-    NameHistory historyOf(const Found& found, const IdentityByKey& present, const ReportingPaths& paths,
-                          WatchTime now) const;
+    bool isRenameOf(const NameKey& source, const Found& found, const ItemByName& present,
+                    KnownFolders& knownFolders) const;
+    NameHistory historyOf(const Found& found, const ItemByName& present, KnownFolders& knownFolders,
+                          const ReportingPaths& paths, WatchTime now) const;
     Report reportOf(const std::vector<Found>& all, const ReportingPaths& paths, WatchTime now);
     void noticeStaleListing(const FolderNode* folder, const ReportingPaths& paths);
     void tellDepartures(Report& report, EventStreamBatch& batch, const ReportingPaths& paths, WatchTime now);

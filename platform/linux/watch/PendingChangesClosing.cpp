@@ -7,16 +7,6 @@ namespace {
 
 constexpr std::chrono::seconds temporaryAge{10};
 
-// Whether anybody has heard of the folder. What is in one that comes and goes in between is nobody's business.
-bool isReported(const FolderNode* folder) {
-    while (true) {
-        const auto [parent, name] = reportedKey(folder);
-        if (!parent) return true;
-        if (parent->snapshot.find(name) != ItemIdentity{folder->identity.inode, ItemType::directory}) return false;
-        folder = parent;
-    }
-}
-
 std::uint32_t typeFlag(ItemType type) {
     switch (type) {
         case ItemType::directory:
@@ -79,13 +69,14 @@ EventStreamBatch PendingChanges::close(WatchTime now, const LookUp& lookUp, cons
 
 PendingChanges::Report PendingChanges::reportOf(const std::vector<Found>& all, const ReportingPaths& paths,
                                                 WatchTime now) {
-    IdentityByKey present;
+    ItemByName present;
     for (const Found& found : all) present.emplace(*found.key, found.is);
+    KnownFolders knownFolders(present);
     Report report;
     KeySet renamedAway;
     std::vector<NetEffect> effects;
     for (const Found& found : all) {
-        effects.push_back(netEffect(historyOf(found, present, paths, now)));
+        effects.push_back(netEffect(historyOf(found, present, knownFolders, paths, now)));
         if (!effects.back().isRenamedHere) continue;
         renamedAway.insert(found.change->cameFrom);
         report.departures.push_back({found.change->cameFrom, *found.key, found.is, found.change->order, {}});
@@ -94,10 +85,11 @@ PendingChanges::Report PendingChanges::reportOf(const std::vector<Found>& all, c
         const auto& [key, change, is] = all[i];
         const NetEffect& effect = effects[i];
         const ReportedItem item{*key, is, change->order, 0};
-        if (effect.isRemoved && !renamedAway.contains(*key) && isReported(key->folder))
+        if (effect.isRemoved && !renamedAway.contains(*key) && knownFolders.wasKnown(key->folder))
             report.departures.push_back({*key, {}, key->folder->snapshot.find(key->name), change->order, {}});
-        if (effect.isCreated) report.creations.push_back(item);
         if (effect.isCreated && is.isDirectory()) expectNews(*key);
+        if (!knownFolders.willBeKnown(key->folder)) continue;
+        if (effect.isCreated) report.creations.push_back(item);
         if (effect.isModified) report.addModification(item, EventStreamFlag::itemModified);
         if (effect.hasNewAttributes) report.addModification(item, EventStreamFlag::itemInodeMetaMod);
         if (effect == NetEffect{} && change->hasBeenAnother) noticeStaleListing(key->folder, paths);
@@ -164,8 +156,8 @@ void PendingChanges::forgetOldBirths(WatchTime now) {
     }
 }
 
-NameHistory PendingChanges::historyOf(const Found& found, const IdentityByKey& present, const ReportingPaths& paths,
-                                      WatchTime now) const {
+NameHistory PendingChanges::historyOf(const Found& found, const ItemByName& present, KnownFolders& knownFolders,
+                                      const ReportingPaths& paths, WatchTime now) const {
     const auto& [key, change, is] = found;
     NameHistory history{.was = key->folder->snapshot.find(key->name),
                         .is = is,
@@ -176,7 +168,7 @@ NameHistory PendingChanges::historyOf(const Found& found, const IdentityByKey& p
                         .hasNewAttributes = change->hasNewAttributes};
     if (change->occupant != Occupant::mover) return history;
     const NameKey& source = change->cameFrom;
-    if (!isRenameOf(source, found, present)) return history;
+    if (!isRenameOf(source, found, present, knownFolders)) return history;
     if (paths.roots.size() > 1 && rootOf(reportedPath(source), paths.roots) != rootOf(currentPath(*key), paths.roots))
         return history;
     history.origin = ItemOrigin::movedFromFree;
@@ -186,10 +178,12 @@ NameHistory PendingChanges::historyOf(const Found& found, const IdentityByKey& p
 }
 
 // Whether the item that was last reported at the source is what stands at the name now.
-bool PendingChanges::isRenameOf(const NameKey& source, const Found& found, const IdentityByKey& present) const {
+bool PendingChanges::isRenameOf(const NameKey& source, const Found& found, const ItemByName& present,
+                                KnownFolders& knownFolders) const {
     const auto atSource = present.find(source);
     if (atSource == present.end() || atSource->second) return false;
-    if (source.folder->snapshot.find(source.name) != found.is || !isReported(source.folder)) return false;
+    if (source.folder->snapshot.find(source.name) != found.is) return false;
+    if (!knownFolders.wasKnown(source.folder) || !knownFolders.willBeKnown(found.key->folder)) return false;
     if (!found.is.isDirectory()) return true;
     // What is known of its contents must be its own.
     const FolderNode* folder = tree.child(found.key->folder, found.key->name);
