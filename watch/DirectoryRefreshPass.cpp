@@ -86,7 +86,7 @@ void remapLoadedDirectories(const std::vector<WorkspacePathRemap>& directoryRema
         std::string newPath = remapped(path, directoryRemaps);
         if (newPath != path) {
             pass.pendingPaths.insert(newPath);
-            pass.remappedDirectoryPaths.insert(newPath);
+            pass.directoryPathsToTell.insert(newPath);
         }
         loadedDirectoryPaths.insert(std::move(newPath));
     }
@@ -194,6 +194,7 @@ void remapMovedNodes(const WorkspaceBrowserDirectoryPayload& payload, DirectoryR
         }
     }
     if (directoryRemaps.empty()) return;
+    workspace.mayHoldUnlisted = true;
     std::sort(directoryRemaps.begin(), directoryRemaps.end(), std::greater<>());
     remapLoadedDirectories(directoryRemaps, pass, workspace);
     remapCachedNodesBelow(directoryRemaps, pass, workspace);
@@ -204,7 +205,7 @@ void cacheRefreshedListing(const WorkspaceDirectoryListing& listing, DirectoryRe
     const WorkspaceBrowserDirectoryPayload& payload = listing.payload;
     const bool isLoaded = workspace.loadedDirectoryPaths.contains(payload.directoryPath);
     const bool hasChanged =
-        isLoaded && (pass.remappedDirectoryPaths.contains(payload.directoryPath) ||
+        isLoaded && (pass.directoryPathsToTell.contains(payload.directoryPath) ||
                      cachedWorkspaceDirectoryPayload(pass.rootPath, payload.directoryPath, workspace) != payload);
     for (const WorkspaceBrowserNodePayload& node : payload.nodes) {
         const auto cached = workspace.cachedNodesByID.find(node.nodeID);

@@ -63,7 +63,8 @@ struct DirectoryRefreshPass {
     std::vector<WorkspaceBrowserDirectoryPayload> changedPayloads{};
     WorkspaceNodesByID nodesBeforePass{};                           // those that the pass has since overwritten
     std::unordered_map<std::string, std::string> pathsBeforePass{}; // by node ID, of those below a renamed directory
-    std::set<std::string> remappedDirectoryPaths{};
+    std::set<std::string> lostDocumentIDs{};      // documents of which it is told that their files have left
+    std::set<std::string> directoryPathsToTell{};                   // whether their listings have changed or not
 };
 
 // Turns the first pending path that is not yet processed into a processed one. Absent when the pass is over.

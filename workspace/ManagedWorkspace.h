@@ -19,6 +19,7 @@ struct ManagedWorkspace {
     std::set<std::string> loadedDirectoryPaths{}; // the directories whose children the client has
     std::unordered_map<std::string, WorkspaceBrowserNodePayload> cachedNodesByID{};
     std::unordered_map<std::string, std::vector<std::string>> childNodeIDsByDirectoryPath{}; // in listing order
+    bool mayHoldUnlisted = false; // whether anything can have left the listings since the cache was pruned
     EventNodePathIndex knownPathsByEventNodeID;
     bool isEventNodeIndexReady = false;
     std::vector<WorkspaceWatchEvent> pendingWatchEvents{}; // held back until the index is ready

@@ -325,6 +325,60 @@ TEST(WatchEvents, EventsWaitForTheIndexButDocumentsDoNot) {
     EXPECT_EQ(watched.lines(watched.daemon.buildIndexes()), Lines{});
 }
 
+TEST(WatchEvents, ADocumentBetweenTwoStepsOfASaveIsNotGone) {
+    Watched watched;
+    watched.move("a.txt", "a.txt~");
+    watched.have("other/n");
+    const EventStreamBatch nearby{watched.about("other/n", itemCreated), watched.somewhereIn("")};
+    EXPECT_EQ(watched.tell(nearby),
+              (Lines{"children .: other/ sub/ a.txt~", "renamed a.txt > a.txt~", "createdFile other/n"}));
+    watched.have("a.txt", "new");
+    EXPECT_EQ(watched.tell({watched.about("a.txt", itemModified)}),
+              (Lines{"children .: other/ sub/ a.txt a.txt~", "createdFile a.txt", "updated document-1 v2 a.txt"}));
+    EXPECT_EQ(watched.lines(watched.daemon.advance(1s)), Lines{});
+
+    // Nobody saw it go.
+    watched.lose("sub/b.txt");
+    EXPECT_EQ(watched.tell({watched.somewhereIn("sub")}), (Lines{"children sub: deep/", "deleted sub/b.txt"}));
+    EXPECT_EQ(watched.lines(watched.daemon.advance(1s)), Lines{"deleted document-2"});
+}
+
+TEST(WatchEvents, WhatFailsForWantOfMemoryIsToldAnewOnceItCanBe) {
+    Watched watched;
+    const auto failNextListings = [&](int count) {
+        const int asked = watched.daemon.fileManager->callCount(FileOperation::isDirectory);
+        for (int call = 1; call <= count; ++call) {
+            watched.daemon.fileManager->beforeCall(FileOperation::isDirectory, asked + call,
+                                                   [] { throw std::bad_alloc(); });
+        }
+    };
+    watched.have("n");
+    const EventStreamBatch batch{watched.about("n", itemCreated)};
+    failNextListings(2);
+    EXPECT_EQ(watched.tell(batch), Lines{});
+    EXPECT_EQ(watched.lines(watched.daemon.advance(100ms)), Lines{}) << "it failed again";
+    EXPECT_EQ(watched.lines(watched.daemon.advance(199ms)), Lines{});
+    EXPECT_EQ(watched.lines(watched.daemon.advance(1ms)),
+              (Lines{"children .: other/ sub/ a.txt n", "children sub: deep/ b.txt"}));
+    EXPECT_EQ(watched.lines(watched.daemon.advance(1h)), Lines{});
+
+    watched.have("a.txt", "new");
+    const int read = watched.daemon.fileManager->callCount(FileOperation::contentsOfFile);
+    watched.daemon.fileManager->beforeCall(FileOperation::contentsOfFile, read + 1, [] { throw std::bad_alloc(); });
+    EXPECT_EQ(watched.tell({watched.about("a.txt", itemModified)}),
+              Lines{"unavailable document-1: The file needs more memory than there is."});
+    EXPECT_EQ(watched.tell({watched.about("a.txt", itemModified)}), Lines{"updated document-1 v2 a.txt"});
+
+    const int asked = watched.daemon.fileManager->callCount(FileOperation::isDirectory);
+    watched.have("m");
+    // It fails when the request is answered and the folder is to be listed again.
+    watched.daemon.fileManager->beforeCall(FileOperation::isDirectory, asked + 5, [] { throw std::bad_alloc(); });
+    const auto told = watched.daemon.exchange(
+        {.command = EditorDocumentRequestCommand::createWorkspaceFile, .rootPath = watched.path(), .name = "own"});
+    EXPECT_EQ(told.size(), 2U) << "a request is answered once";
+    EXPECT_EQ(watched.lines(watched.daemon.advance(100ms)).at(0), "children .: other/ sub/ a.txt m n own");
+}
+
 TEST(WatchEvents, ALostRootIsToldOnceAndNoLongerWatched) {
     Watched watched;
     writeFile(watched.daemon.directory.path("v/x"), "");
