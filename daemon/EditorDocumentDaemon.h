@@ -179,7 +179,7 @@ private:
     void dropUnlistableRoot(const std::string& rootPath, const PlatformError& error);
     void emitRefreshedState(DirectoryRefreshPass pass, EmitMutationEvents emitMutationEvents);
     void followListedRename(const WorkspacePathRemap& remap, const std::set<std::string>& lostDocumentIDs);
-    void emitMutations(const std::string& rootPath, WorkspaceMutationsByKey mutationsByKey);
+    void emitMutations(DirectoryRefreshPass& pass);
 
     const DaemonPlatform platform;
     Queue* const queue;

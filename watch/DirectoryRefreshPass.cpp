@@ -11,6 +11,8 @@ namespace {
 
 using Kind = WorkspaceBrowserMutationKind;
 
+constexpr std::chrono::seconds eventDelay{1}; // by then an event has come, if there is one
+
 std::size_t depthBelow(std::string_view path, std::string_view rootPath) {
     std::size_t depth = 0;
     bool isInComponent = false;
@@ -224,4 +226,19 @@ void passOverMissingDirectory(const std::string& directoryPath, DirectoryRefresh
     pass.processedPaths.erase(directoryPath);
     pass.pendingPaths.insert(directoryPath);
     pass.pendingPaths.insert(ancestorPath);
+}
+
+void rememberMutationsFromListings(const DirectoryRefreshPass& pass, std::chrono::nanoseconds now,
+                                   ManagedWorkspace& workspace) {
+    auto& remembered = workspace.mutationsFromListings;
+    std::erase_if(remembered, [&](const auto& entry) { return now - entry.second >= eventDelay; });
+    for (const auto& [key, mutation] : pass.external) {
+        if (!pass.seedKeys.contains(key)) remembered.insert_or_assign(key, now);
+    }
+}
+
+bool takeMutationFromListing(const std::string& mutationKey, std::chrono::nanoseconds now,
+                             ManagedWorkspace& workspace) {
+    const auto entry = workspace.mutationsFromListings.extract(mutationKey);
+    return entry && now - entry.mapped() < eventDelay;
 }

@@ -33,6 +33,7 @@ void EditorDocumentDaemon::emitWorkspaceDirectoryUpdates(const std::set<Workspac
     for (auto& [rootPath, directoryPaths] : directoryPathsByRootPath) {
         DirectoryRefreshPass pass{.rootPath = rootPath, .pendingPaths = std::move(directoryPaths)};
         pass.external = std::move(seedExternalMutations[rootPath]);
+        for (const auto& [key, mutation] : pass.external) pass.seedKeys.insert(key);
         pass.lostDocumentIDs = lostDocumentIDs;
         emitWorkspaceDirectoryUpdates(std::move(pass), emitMutationEvents);
     }
@@ -94,10 +95,7 @@ void EditorDocumentDaemon::dropUnlistableRoot(const std::string& rootPath, const
 
 // Documents first, then all listings, then all mutations.
 void EditorDocumentDaemon::emitRefreshedState(DirectoryRefreshPass pass, EmitMutationEvents emitMutationEvents) {
-    for (const WorkspacePathRemap& remap : pass.remaps) {
-        if (fileManager.itemExists(remap.sourcePath)) continue;
-        followListedRename(remap, pass.lostDocumentIDs);
-    }
+    for (const WorkspacePathRemap& remap : pass.remaps) followListedRename(remap, pass.lostDocumentIDs);
     std::sort(pass.changedPayloads.begin(), pass.changedPayloads.end(), [&](const auto& left, const auto& right) {
         return ascendingWorkspaceDirectoryPathSort(left.directoryPath, right.directoryPath, pass.rootPath);
     });
@@ -109,7 +107,7 @@ void EditorDocumentDaemon::emitRefreshedState(DirectoryRefreshPass pass, EmitMut
             .workspaceDirectory = std::move(payload),
         });
     }
-    if (emitMutationEvents == EmitMutationEvents::yes) emitMutations(pass.rootPath, std::move(pass.external));
+    if (emitMutationEvents == EmitMutationEvents::yes) emitMutations(pass);
 }
 
 // A file that is seen under another name may be what a save, which is under way, keeps of the old text. If nothing has
@@ -126,9 +124,11 @@ void EditorDocumentDaemon::followListedRename(const WorkspacePathRemap& remap,
     });
 }
 
-void EditorDocumentDaemon::emitMutations(const std::string& rootPath, WorkspaceMutationsByKey mutationsByKey) {
+void EditorDocumentDaemon::emitMutations(DirectoryRefreshPass& pass) {
+    const std::string& rootPath = pass.rootPath;
+    rememberMutationsFromListings(pass, platform.clock->uptime(), workspacesByRootPath.at(rootPath));
     std::vector<WorkspaceBrowserMutationPayload> mutations;
-    for (auto& [key, mutation] : mutationsByKey) mutations.push_back(std::move(mutation));
+    for (auto& [key, mutation] : pass.external) mutations.push_back(std::move(mutation));
     for (WorkspaceBrowserMutationPayload& mutation : workspaceMutationSort(std::move(mutations), collation)) {
         write({
             .kind = EditorDocumentEnvelopeKind::event,

@@ -100,7 +100,9 @@ void EditorDocumentDaemon::handleWorkspaceEvent(const WorkspaceWatchEvent& event
     }
     if (auto mutation = workspaceMutation(event, workspace, effects)) {
         const std::string key = workspaceMutationKey(*mutation);
-        effects.mutations[workspace.rootPath].insert_or_assign(key, std::move(*mutation));
+        if (!takeMutationFromListing(key, platform.clock->uptime(), workspace)) {
+            effects.mutations[workspace.rootPath].insert_or_assign(key, std::move(*mutation));
+        }
     }
     if (effects.whollyRefreshedRootPaths.contains(workspace.rootPath)) return;
     effects.refreshKeys.merge(refreshKeys(workspace, event, fileManager));

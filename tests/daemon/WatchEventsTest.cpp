@@ -6,6 +6,7 @@
 
 #include "tests/support/DaemonHarness.h"
 #include "tests/support/Files.h"
+#include "tests/support/ToldEvents.h"
 
 namespace {
 
@@ -67,42 +68,7 @@ public:
         return result;
     }
 
-    // A document event as "updated document-1 v2 a.txt", a listing as "children sub: deep/ b.txt", a mutation as
-    // "renamed a.txt > z.txt", each of them with what it is about and nothing else.
-    std::string line(const EditorDocumentDaemonEnvelope& envelope) const {
-        EXPECT_EQ(envelope.kind, EditorDocumentEnvelopeKind::event);
-        EXPECT_TRUE(envelope.event);
-        if (envelope.workspaceMutation) return line(*envelope.workspaceMutation, *envelope.workspaceRootPath);
-        if (envelope.workspaceDirectory) return line(*envelope.workspaceDirectory, *envelope.workspaceRootPath);
-        std::string text(nameOf(*envelope.event));
-        if (envelope.workspaceRootPath) text += ' ' + relative(*envelope.workspaceRootPath);
-        if (envelope.documentID) text += ' ' + *envelope.documentID;
-        if (envelope.snapshot) {
-            text += " v" + std::to_string(envelope.snapshot->version) + ' ' + relative(envelope.snapshot->path);
-        }
-        if (envelope.message) text += ": " + *envelope.message;
-        return text;
-    }
-    std::string line(const WorkspaceBrowserMutationPayload& mutation, const std::string& rootPath) const {
-        EXPECT_EQ(mutation.rootPath, rootPath);
-        EXPECT_EQ(mutation.origin, WorkspaceBrowserMutationOrigin::externalWatch);
-        std::string text = (rootPath == path() ? "" : relative(rootPath) + ": ") + std::string(nameOf(mutation.kind));
-        if (mutation.sourcePath) text += ' ' + relative(*mutation.sourcePath);
-        if (mutation.sourcePath && mutation.destinationPath) text += " >";
-        if (mutation.destinationPath) text += ' ' + relative(*mutation.destinationPath);
-        return text;
-    }
-    std::string line(const WorkspaceBrowserDirectoryPayload& listing, const std::string& rootPath) const {
-        EXPECT_EQ(listing.rootPath, rootPath);
-        std::string text =
-            (rootPath == path() ? "" : relative(rootPath) + ": ") + "children " + relative(listing.directoryPath) + ':';
-        for (const auto& node : listing.nodes) text += ' ' + node.name + (node.isDirectory ? "/" : "");
-        return text;
-    }
-    std::string relative(const std::string& absolute) const {
-        if (absolute == path()) return ".";
-        return absolute.starts_with(path() + '/') ? absolute.substr(path().size() + 1) : absolute;
-    }
+    std::string line(const EditorDocumentDaemonEnvelope& event) const { return toldEvent(event, path()); }
 
     static std::string nodeID(const WorkspaceBrowserDirectoryPayload& listing, const std::string& name) {
         for (const auto& node : listing.nodes) {
@@ -323,6 +289,18 @@ TEST(WatchEvents, EventsWaitForTheIndexButDocumentsDoNot) {
     EXPECT_EQ(watched.lines(watched.daemon.buildIndexes()),
               (Lines{"children .: other/ sub/ n z.txt", "createdFile n", "renamed a.txt > z.txt"}));
     EXPECT_EQ(watched.lines(watched.daemon.buildIndexes()), Lines{});
+}
+
+TEST(WatchEvents, AnEventIsNoNewsAfterTheListingThatShowedItsChange) {
+    Watched watched;
+    watched.have("n");
+    watched.lose("sub/b.txt");
+    EXPECT_EQ(watched.tell({watched.somewhereIn(""), watched.somewhereIn("sub")}),
+              (Lines{"children .: other/ sub/ a.txt n", "children sub: deep/", "createdFile n", "deleted sub/b.txt"}));
+    const EventStreamBatch late{watched.about("n", itemCreated), watched.about("sub/b.txt", itemRemoved)};
+    EXPECT_EQ(watched.tell(late), Lines{"deleted document-2"});
+    // The same once more is another change.
+    EXPECT_EQ(watched.tell({watched.about("n", itemCreated)}), Lines{"createdFile n"});
 }
 
 TEST(WatchEvents, ADocumentBetweenTwoStepsOfASaveIsNotGone) {

@@ -70,8 +70,9 @@ private:
     }
 
     void expectAnswer(const std::string& expected) {
-        static const std::regex changing(R"(([0-9A-F]{8}(?:-[0-9A-F]{4}){3}-[0-9A-F]{12}|data:[A-Za-z0-9+/]+=*|number:[0-9]+|)"
-                                         R"("modifiedAtTimeIntervalSince1970":[0-9.]+))");
+        static const std::regex changing(
+            R"(([0-9A-F]{8}(?:-[0-9A-F]{4}){3}-[0-9A-F]{12}|data:[A-Za-z0-9+/]+=*|number:[0-9]+|)"
+            R"("modifiedAtTimeIntervalSince1970":[0-9.]+))");
         const std::string answer = daemon.readLine().value_or("(the end of the output)");
         ASSERT_EQ(std::regex_replace(answer, changing, "*"), std::regex_replace(expected, changing, "*"));
         auto example = std::sregex_iterator(expected.begin(), expected.end(), changing);
