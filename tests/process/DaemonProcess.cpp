@@ -18,7 +18,7 @@ extern char** environ;
 
 namespace {
 
-constexpr std::chrono::seconds deadline{6};
+constexpr std::chrono::seconds deadline{60};
 
 std::array<int, 2> makePipe() {
     std::array<int, 2> ends{};
