@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <optional>
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "daemon/DaemonPlatform.h"
+#include "documents/DocumentLoading.h"
 #include "documents/ManagedDocument.h"
 #include "identity/StableNodeIDTable.h"
 #include "platform/LineInput.h"
@@ -18,6 +20,7 @@
 #include "watch/DirectoryRefreshPass.h"
 #include "watch/RefreshKeys.h"
 #include "watch/WatchEventEffects.h"
+#include "watch/WatchEventMailbox.h"
 #include "watch/WorkspaceWatchStream.h"
 #include "workspace/DirectoryListing.h"
 #include "workspace/ManagedWorkspace.h"
@@ -81,6 +84,7 @@ private:
     const ManagedDocument* requestedDocument(const EditorDocumentDaemonRequest& request) const;
     void markMissing(ManagedDocument& document);
     void reload(ManagedDocument& document);
+    void tellReloaded(ManagedDocument& document, LoadedDocument loaded);
 
     // Documents that follow their files.
     void retargetManagedDocuments(const std::string& sourcePath, const std::string& destinationPath,
@@ -132,6 +136,7 @@ private:
     void refreshWatchRoots();
     void cancelWatching();
     WorkspaceWatchStream& presentWatchStream();
+    void takeWatchEvents();
 
     // Watch events.
     void replayPendingWatchEvents(ManagedWorkspace& workspace);
@@ -140,6 +145,7 @@ private:
     void handleWorkspaceEvent(const WorkspaceWatchEvent& event, ManagedWorkspace& workspace,
                               WatchEventEffects& effects);
     void followOutsideRename(const std::string& sourcePath, const std::string& destinationPath);
+    void checkNearbyDocument(const std::string& documentID);
     std::optional<WorkspaceBrowserMutationPayload> workspaceMutation(const WorkspaceWatchEvent& event,
                                                                      ManagedWorkspace& workspace,
                                                                      WatchEventEffects& effects);
@@ -154,18 +160,26 @@ private:
                                              const std::optional<std::string>& sourcePath,
                                              const std::optional<std::string>& destinationPath);
 
+    // What the client has been told is no longer sure to be what it ought to know. All of it is told anew, now or,
+    // where that fails as well, again and again until it succeeds.
+    void tellEverythingAnewSoon();
+    void tellEverythingAnew();
+    void tellListingsAnew(const std::string& rootPath);
+
     // Listings that are done again.
     void emitWorkspaceRefreshes(const std::string& rootPath, const std::vector<std::string>& changedPaths);
     void emitWorkspaceDirectoryUpdates(const std::set<WorkspaceDirectoryRefreshKey>& keys,
                                        EmitMutationEvents emitMutationEvents,
-                                       WorkspaceMutationsByRootPath seedExternalMutations);
+                                       WorkspaceMutationsByRootPath seedExternalMutations,
+                                       const std::set<std::string>& lostDocumentIDs);
     void emitWorkspaceDirectoryUpdates(DirectoryRefreshPass pass, EmitMutationEvents emitMutationEvents);
     void refreshWorkspaceDirectory(const std::string& directoryPath, EmitMutationEvents emitMutationEvents,
                                    DirectoryRefreshPass& pass, ManagedWorkspace& workspace);
     void dropUnavailableWorkspace(const std::string& rootPath, std::optional<std::string> message);
     void dropUnlistableRoot(const std::string& rootPath, const PlatformError& error);
     void emitRefreshedState(DirectoryRefreshPass pass, EmitMutationEvents emitMutationEvents);
-    void emitMutations(const std::string& rootPath, WorkspaceMutationsByKey mutationsByKey);
+    void followListedRename(const WorkspacePathRemap& remap, const std::set<std::string>& lostDocumentIDs);
+    void emitMutations(DirectoryRefreshPass& pass);
 
     const DaemonPlatform platform;
     Queue* const queue;
@@ -178,4 +192,8 @@ private:
     std::map<std::string, ManagedWorkspace> workspacesByRootPath;
     StableNodeIDTable stableNodeIDs;
     std::shared_ptr<WorkspaceWatchStream> watchStream; // null until it is first used
+    const std::shared_ptr<WatchEventMailbox> watchEventMailbox = std::make_shared<WatchEventMailbox>();
+    bool mustTellEverythingAnew = false;
+    bool isTellingAnewSubmitted = false;
+    std::chrono::nanoseconds delayOfTellingAnew{};
 };

@@ -13,6 +13,7 @@
 #include "platform/linux/files/LinuxFileManager.h"
 #include "platform/linux/text/ICUCollation.h"
 #include "platform/linux/text/ICUTextCoding.h"
+#include "platform/linux/watch/LinuxEventStreamSource.h"
 
 DaemonPlatform linuxDaemonPlatform() {
     auto environment = std::make_unique<LinuxEnvironment>();
@@ -28,6 +29,7 @@ DaemonPlatform linuxDaemonPlatform() {
         .output = std::make_unique<DescriptorOutput>(STDOUT_FILENO),
         .errorOutput = std::make_unique<DescriptorOutput>(STDERR_FILENO),
         .clock = std::make_unique<SteadyClock>(),
+        .eventStreamSource = std::make_unique<LinuxEventStreamSource>(),
         .queue = std::make_unique<SerialQueue>("com.marblefern.editor-document-daemon"),
         .workspaceIndexingQueue =
             std::make_unique<SerialQueue>("com.marblefern.editor-document-daemon.workspace-index", lowerThreadPriority),

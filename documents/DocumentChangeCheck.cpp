@@ -1,7 +1,7 @@
 #include <cassert>
+#include <new>
 
 #include "daemon/EditorDocumentDaemon.h"
-#include "documents/DocumentLoading.h"
 #include "documents/DocumentSnapshot.h"
 #include "platform/PlatformError.h"
 
@@ -32,18 +32,25 @@ void EditorDocumentDaemon::markMissing(ManagedDocument& document) {
 }
 
 void EditorDocumentDaemon::reload(ManagedDocument& document) {
-    LoadedDocument loaded;
-    try {
-        loaded = loadDocument(document.path, fileManager, textCoding);
-    } catch (const PlatformError& error) {
-        // The document stays as it was, so that the next check tries again.
-        return write({
+    // The document stays as it was where it cannot be read, so that the next check tries again.
+    const auto tellUnavailable = [&](std::string message) {
+        write({
             .kind = EditorDocumentEnvelopeKind::event,
-            .message = error.localizedDescription,
+            .message = std::move(message),
             .event = EditorDocumentEventKind::unavailable,
             .documentID = document.documentID,
         });
+    };
+    try {
+        tellReloaded(document, loadDocument(document.path, fileManager, textCoding));
+    } catch (const PlatformError& error) {
+        tellUnavailable(error.localizedDescription);
+    } catch (const std::bad_alloc&) {
+        tellUnavailable("The file needs more memory than there is.");
     }
+}
+
+void EditorDocumentDaemon::tellReloaded(ManagedDocument& document, LoadedDocument loaded) {
     ManagedDocument reloaded = document;
     ++reloaded.version;
     reloaded.format = loaded.format;

@@ -1,4 +1,5 @@
 #include <cassert>
+#include <exception>
 #include <new>
 
 #include "daemon/EditorDocumentDaemon.h"
@@ -24,8 +25,12 @@ void EditorDocumentDaemon::scheduleWorkspaceEventNodePathIndexRebuild(const std:
 void EditorDocumentDaemon::buildIndexOnIndexingQueue(const std::string& rootPath) {
     assert(workspaceIndexingQueue->isCurrent());
     // The index is moved through the queue, which copies its tasks.
-    const auto built = std::make_shared<EventNodePathIndex>(
-        buildWorkspaceEventNodePathIndex(rootPath, *platform.directoryWalking, fileManager));
+    const auto built = std::make_shared<EventNodePathIndex>(rootPath);
+    try {
+        *built = buildWorkspaceEventNodePathIndex(rootPath, *platform.directoryWalking, fileManager);
+    } catch (const std::bad_alloc&) {
+        // Events must not wait for an index that has no room. Without it only some renames look like something else.
+    }
     queue->async([weakDaemon = weak_from_this(), rootPath, built] {
         if (const auto daemon = weakDaemon.lock()) daemon->mergeBuiltIndex(rootPath, std::move(*built));
     });
@@ -36,9 +41,13 @@ void EditorDocumentDaemon::mergeBuiltIndex(const std::string& rootPath, EventNod
     const auto found = workspacesByRootPath.find(rootPath);
     if (found == workspacesByRootPath.end()) return;
     ManagedWorkspace& workspace = found->second;
-    workspace.knownPathsByEventNodeID.merge(std::move(built));
     workspace.isEventNodeIndexReady = true;
-    replayPendingWatchEvents(workspace);
+    try {
+        workspace.knownPathsByEventNodeID.merge(std::move(built));
+        replayPendingWatchEvents(workspace);
+    } catch (const std::exception&) {
+        tellEverythingAnewSoon();
+    }
 }
 
 void EditorDocumentDaemon::applyInternalWorkspaceMutationToEventNodePathIndex(

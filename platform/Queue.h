@@ -12,6 +12,7 @@ public:
     // on the calling thread. Never call it from a task of the same queue: it would wait for itself.
     virtual void sync(const std::function<void()>& task) = 0;
 
+    // A task that is submitted and throws std::bad_alloc is given up; one that must not be lost has to catch it itself.
     virtual void async(std::function<void()> task) = 0;
 
     // Submits the task once the delay has passed.

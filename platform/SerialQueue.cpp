@@ -3,6 +3,7 @@
 #include <pthread.h>
 
 #include <cassert>
+#include <new>
 #include <utility>
 
 SerialQueue::SerialQueue(std::string queueLabel, std::function<void()> threadPreparation)
@@ -77,11 +78,19 @@ void SerialQueue::runThread() {
         line.pop_front();
         beginTask();
         lock.unlock();
-        task();
+        runSubmitted(task);
         // What the task holds may itself use this queue when it goes away.
         task = nullptr;
         lock.lock();
         endTask();
+    }
+}
+
+// Want of memory costs the task, not the process.
+void SerialQueue::runSubmitted(const std::function<void()>& task) {
+    try {
+        task();
+    } catch (const std::bad_alloc&) {
     }
 }
 

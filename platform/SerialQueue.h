@@ -40,6 +40,7 @@ private:
 
     void startThreadIfNeeded();
     void runThread();
+    static void runSubmitted(const std::function<void()>& task);
     void waitForWork(std::unique_lock<std::mutex>& lock);
     void enqueueDueTasks();
     bool hasTaskForThread() const { return !isBusy && !line.empty() && line.front().waiter == nullptr; }

@@ -11,6 +11,8 @@ namespace {
 
 using Kind = WorkspaceBrowserMutationKind;
 
+constexpr std::chrono::seconds eventDelay{1}; // by then an event has come, if there is one
+
 std::size_t depthBelow(std::string_view path, std::string_view rootPath) {
     std::size_t depth = 0;
     bool isInComponent = false;
@@ -86,7 +88,7 @@ void remapLoadedDirectories(const std::vector<WorkspacePathRemap>& directoryRema
         std::string newPath = remapped(path, directoryRemaps);
         if (newPath != path) {
             pass.pendingPaths.insert(newPath);
-            pass.remappedDirectoryPaths.insert(newPath);
+            pass.directoryPathsToTell.insert(newPath);
         }
         loadedDirectoryPaths.insert(std::move(newPath));
     }
@@ -194,6 +196,7 @@ void remapMovedNodes(const WorkspaceBrowserDirectoryPayload& payload, DirectoryR
         }
     }
     if (directoryRemaps.empty()) return;
+    workspace.mayHoldUnlisted = true;
     std::sort(directoryRemaps.begin(), directoryRemaps.end(), std::greater<>());
     remapLoadedDirectories(directoryRemaps, pass, workspace);
     remapCachedNodesBelow(directoryRemaps, pass, workspace);
@@ -204,7 +207,7 @@ void cacheRefreshedListing(const WorkspaceDirectoryListing& listing, DirectoryRe
     const WorkspaceBrowserDirectoryPayload& payload = listing.payload;
     const bool isLoaded = workspace.loadedDirectoryPaths.contains(payload.directoryPath);
     const bool hasChanged =
-        isLoaded && (pass.remappedDirectoryPaths.contains(payload.directoryPath) ||
+        isLoaded && (pass.directoryPathsToTell.contains(payload.directoryPath) ||
                      cachedWorkspaceDirectoryPayload(pass.rootPath, payload.directoryPath, workspace) != payload);
     for (const WorkspaceBrowserNodePayload& node : payload.nodes) {
         const auto cached = workspace.cachedNodesByID.find(node.nodeID);
@@ -223,4 +226,19 @@ void passOverMissingDirectory(const std::string& directoryPath, DirectoryRefresh
     pass.processedPaths.erase(directoryPath);
     pass.pendingPaths.insert(directoryPath);
     pass.pendingPaths.insert(ancestorPath);
+}
+
+void rememberMutationsFromListings(const DirectoryRefreshPass& pass, std::chrono::nanoseconds now,
+                                   ManagedWorkspace& workspace) {
+    auto& remembered = workspace.mutationsFromListings;
+    std::erase_if(remembered, [&](const auto& entry) { return now - entry.second >= eventDelay; });
+    for (const auto& [key, mutation] : pass.external) {
+        if (!pass.seedKeys.contains(key)) remembered.insert_or_assign(key, now);
+    }
+}
+
+bool takeMutationFromListing(const std::string& mutationKey, std::chrono::nanoseconds now,
+                             ManagedWorkspace& workspace) {
+    const auto entry = workspace.mutationsFromListings.extract(mutationKey);
+    return entry && now - entry.mapped() < eventDelay;
 }

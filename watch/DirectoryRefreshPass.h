@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <compare>
 #include <map>
 #include <optional>
@@ -57,13 +58,15 @@ struct DirectoryRefreshPass {
     WorkspaceDirectoryPaths pendingPaths{};
     std::set<std::string> processedPaths{};
     WorkspaceMutationsByKey external{};
+    std::unordered_set<std::string> seedKeys{}; // of those that events stand for
     std::vector<WorkspacePendingRemovalMutation> pendingRemovals{};
     std::unordered_set<std::string> renamedOrMovedNodeIDs{};
     std::set<WorkspacePathRemap> remaps{};
     std::vector<WorkspaceBrowserDirectoryPayload> changedPayloads{};
     WorkspaceNodesByID nodesBeforePass{};                           // those that the pass has since overwritten
     std::unordered_map<std::string, std::string> pathsBeforePass{}; // by node ID, of those below a renamed directory
-    std::set<std::string> remappedDirectoryPaths{};
+    std::set<std::string> lostDocumentIDs{};      // documents of which it is told that their files have left
+    std::set<std::string> directoryPathsToTell{}; // whether their listings have changed or not
 };
 
 // Turns the first pending path that is not yet processed into a processed one. Absent when the pass is over.
@@ -91,3 +94,8 @@ void cacheRefreshedListing(const WorkspaceDirectoryListing& listing, DirectoryRe
 // listed, which may show where it went, and is given up after that.
 void passOverMissingDirectory(const std::string& directoryPath, DirectoryRefreshPass& pass,
                               ManagedWorkspace& workspace);
+
+// A listing often shows a change before the event comes that tells of it. The event is then no news.
+void rememberMutationsFromListings(const DirectoryRefreshPass& pass, std::chrono::nanoseconds now,
+                                   ManagedWorkspace& workspace);
+bool takeMutationFromListing(const std::string& mutationKey, std::chrono::nanoseconds now, ManagedWorkspace& workspace);

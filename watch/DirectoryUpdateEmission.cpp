@@ -19,12 +19,13 @@ void EditorDocumentDaemon::emitWorkspaceRefreshes(const std::string& rootPath,
                                {.rootPath = rootPath, .path = path, .kind = WorkspaceWatchEventKind::itemModified},
                                fileManager));
     }
-    emitWorkspaceDirectoryUpdates(keys, EmitMutationEvents::no, {});
+    emitWorkspaceDirectoryUpdates(keys, EmitMutationEvents::no, {}, {});
 }
 
 void EditorDocumentDaemon::emitWorkspaceDirectoryUpdates(const std::set<WorkspaceDirectoryRefreshKey>& keys,
                                                          EmitMutationEvents emitMutationEvents,
-                                                         WorkspaceMutationsByRootPath seedExternalMutations) {
+                                                         WorkspaceMutationsByRootPath seedExternalMutations,
+                                                         const std::set<std::string>& lostDocumentIDs) {
     std::map<std::string, WorkspaceDirectoryPaths> directoryPathsByRootPath;
     for (const WorkspaceDirectoryRefreshKey& key : keys) {
         directoryPathsByRootPath[key.rootPath].insert(key.directoryPath);
@@ -32,6 +33,8 @@ void EditorDocumentDaemon::emitWorkspaceDirectoryUpdates(const std::set<Workspac
     for (auto& [rootPath, directoryPaths] : directoryPathsByRootPath) {
         DirectoryRefreshPass pass{.rootPath = rootPath, .pendingPaths = std::move(directoryPaths)};
         pass.external = std::move(seedExternalMutations[rootPath]);
+        for (const auto& [key, mutation] : pass.external) pass.seedKeys.insert(key);
+        pass.lostDocumentIDs = lostDocumentIDs;
         emitWorkspaceDirectoryUpdates(std::move(pass), emitMutationEvents);
     }
 }
@@ -92,10 +95,7 @@ void EditorDocumentDaemon::dropUnlistableRoot(const std::string& rootPath, const
 
 // Documents first, then all listings, then all mutations.
 void EditorDocumentDaemon::emitRefreshedState(DirectoryRefreshPass pass, EmitMutationEvents emitMutationEvents) {
-    for (const WorkspacePathRemap& remap : pass.remaps) {
-        if (fileManager.itemExists(remap.sourcePath)) continue;
-        retargetManagedDocuments(remap.sourcePath, remap.destinationPath, EmitUpdatedEvents::yes);
-    }
+    for (const WorkspacePathRemap& remap : pass.remaps) followListedRename(remap, pass.lostDocumentIDs);
     std::sort(pass.changedPayloads.begin(), pass.changedPayloads.end(), [&](const auto& left, const auto& right) {
         return ascendingWorkspaceDirectoryPathSort(left.directoryPath, right.directoryPath, pass.rootPath);
     });
@@ -107,12 +107,28 @@ void EditorDocumentDaemon::emitRefreshedState(DirectoryRefreshPass pass, EmitMut
             .workspaceDirectory = std::move(payload),
         });
     }
-    if (emitMutationEvents == EmitMutationEvents::yes) emitMutations(pass.rootPath, std::move(pass.external));
+    if (emitMutationEvents == EmitMutationEvents::yes) emitMutations(pass);
 }
 
-void EditorDocumentDaemon::emitMutations(const std::string& rootPath, WorkspaceMutationsByKey mutationsByKey) {
+// A file that is seen under another name may be what a save, which is under way, keeps of the old text. If nothing has
+// said that it was renamed, its document waits until that must have come to an end.
+void EditorDocumentDaemon::followListedRename(const WorkspacePathRemap& remap,
+                                              const std::set<std::string>& lostDocumentIDs) {
+    const auto document = documentIDByPath.find(remap.sourcePath);
+    if (document == documentIDByPath.end() || lostDocumentIDs.contains(document->second)) {
+        return retargetManagedDocuments(remap.sourcePath, remap.destinationPath, EmitUpdatedEvents::yes);
+    }
+    queue->asyncAfter(RenamePairing::pendingRenameRetention, [weakDaemon = weak_from_this(), remap] {
+        const auto daemon = weakDaemon.lock();
+        if (daemon) daemon->retargetManagedDocuments(remap.sourcePath, remap.destinationPath, EmitUpdatedEvents::yes);
+    });
+}
+
+void EditorDocumentDaemon::emitMutations(DirectoryRefreshPass& pass) {
+    const std::string& rootPath = pass.rootPath;
+    rememberMutationsFromListings(pass, platform.clock->uptime(), workspacesByRootPath.at(rootPath));
     std::vector<WorkspaceBrowserMutationPayload> mutations;
-    for (auto& [key, mutation] : mutationsByKey) mutations.push_back(std::move(mutation));
+    for (auto& [key, mutation] : pass.external) mutations.push_back(std::move(mutation));
     for (WorkspaceBrowserMutationPayload& mutation : workspaceMutationSort(std::move(mutations), collation)) {
         write({
             .kind = EditorDocumentEnvelopeKind::event,

@@ -1,7 +1,9 @@
 #include <cassert>
+#include <exception>
 #include <utility>
 
 #include "daemon/EditorDocumentDaemon.h"
+#include "documents/DocumentLoading.h"
 #include "watch/WatchEventEffects.h"
 #include "watch/WatchEventRules.h"
 
@@ -10,6 +12,18 @@ namespace {
 using Kind = WorkspaceWatchEventKind;
 
 } // namespace
+
+// Nobody waits for an answer to events, and so whatever keeps them from being told is made good later.
+void EditorDocumentDaemon::takeWatchEvents() {
+    assert(queue->isCurrent());
+    try {
+        const WatchEventNews news = watchEventMailbox->take();
+        if (!news.events.empty()) handleWatchEvents(news.events);
+        if (news.isIncomplete || mustTellEverythingAnew) tellEverythingAnewSoon();
+    } catch (const std::exception&) {
+        tellEverythingAnewSoon();
+    }
+}
 
 void EditorDocumentDaemon::handleWatchEvents(const std::vector<WorkspaceWatchEvent>& events) {
     assert(queue->isCurrent());
@@ -35,9 +49,27 @@ void EditorDocumentDaemon::tellWatchEvents(const std::vector<WorkspaceWatchEvent
     for (const std::string& rootPath : effects.unavailableRootPaths) dropUnavailableWorkspace(rootPath, std::nullopt);
     refreshWatchRoots();
     const std::set<std::string> documentIDs = affectedDocumentIDs(events, documentsByID);
-    emitWorkspaceDirectoryUpdates(effects.refreshKeys, EmitMutationEvents::yes, std::move(effects.mutations));
-    for (const std::string& documentID : documentIDs) checkDocumentForChanges(documentID);
+    const std::set<std::string> lostDocumentIDs = ::lostDocumentIDs(events, documentsByID);
+    emitWorkspaceDirectoryUpdates(effects.refreshKeys, EmitMutationEvents::yes, std::move(effects.mutations),
+                                  lostDocumentIDs);
+    for (const std::string& documentID : documentIDs) {
+        lostDocumentIDs.contains(documentID) ? checkDocumentForChanges(documentID) : checkNearbyDocument(documentID);
+    }
     refreshWatchRoots();
+}
+
+// Something else has changed near the document. If its file is not there just now, another program may be between two
+// steps of a save. Should the file be gone or renamed, an event of its own says so; the second look is for a file that
+// went before it was watched.
+void EditorDocumentDaemon::checkNearbyDocument(const std::string& documentID) {
+    const auto open = documentsByID.find(documentID);
+    if (open == documentsByID.end()) return;
+    const bool seemsGone =
+        !open->second.metadata.isMissing && currentMetadata(open->second.path, fileManager).isMissing;
+    if (!seemsGone) return checkDocumentForChanges(documentID);
+    queue->asyncAfter(RenamePairing::pendingRenameRetention, [weakDaemon = weak_from_this(), documentID] {
+        if (const auto daemon = weakDaemon.lock()) daemon->checkDocumentForChanges(documentID);
+    });
 }
 
 void EditorDocumentDaemon::handleWatchEvent(const WorkspaceWatchEvent& event, WatchEventEffects& effects) {
@@ -68,7 +100,9 @@ void EditorDocumentDaemon::handleWorkspaceEvent(const WorkspaceWatchEvent& event
     }
     if (auto mutation = workspaceMutation(event, workspace, effects)) {
         const std::string key = workspaceMutationKey(*mutation);
-        effects.mutations[workspace.rootPath].insert_or_assign(key, std::move(*mutation));
+        if (!takeMutationFromListing(key, platform.clock->uptime(), workspace)) {
+            effects.mutations[workspace.rootPath].insert_or_assign(key, std::move(*mutation));
+        }
     }
     if (effects.whollyRefreshedRootPaths.contains(workspace.rootPath)) return;
     effects.refreshKeys.merge(refreshKeys(workspace, event, fileManager));

@@ -43,7 +43,6 @@ public:
         }
     }
 
-private:
     void takeWithin(const std::string& path, std::set<std::string>& documentIDs) {
         const auto [first, last] = idsByPath.equal_range(path);
         for (auto entry = first; entry != last; ++entry) documentIDs.insert(entry->second);
@@ -55,6 +54,7 @@ private:
         }
     }
 
+private:
     std::multimap<std::string, std::string> idsByPath;
     std::unordered_map<std::string, std::vector<std::string>> idsByDirectoryPath;
     std::unordered_set<std::string> seenPaths;
@@ -85,6 +85,21 @@ std::set<std::string> affectedDocumentIDs(const std::vector<WorkspaceWatchEvent>
     for (const WorkspaceWatchEvent& event : events) {
         documents.takeAffected(event.path, documentIDs);
         if (event.relatedPath) documents.takeAffected(*event.relatedPath, documentIDs);
+    }
+    return documentIDs;
+}
+
+std::set<std::string> lostDocumentIDs(const std::vector<WorkspaceWatchEvent>& events,
+                                      const std::map<std::string, ManagedDocument>& documentsByID) {
+    std::set<std::string> documentIDs;
+    if (documentsByID.empty()) return documentIDs;
+    DocumentsByPlace documents(documentsByID);
+    for (const WorkspaceWatchEvent& event : events) {
+        // The other half may have been anywhere.
+        const bool isHalf = event.kind == Kind::itemRenamed && !event.relatedPath;
+        if (isHalf) documents.takeAffected(event.path, documentIDs);
+        const bool leaves = event.kind == Kind::itemRemoved || event.kind == Kind::itemRenamed;
+        if (leaves || event.kind == Kind::rootChanged) documents.takeWithin(event.path, documentIDs);
     }
     return documentIDs;
 }

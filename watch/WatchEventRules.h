@@ -20,3 +20,7 @@ std::optional<WorkspaceWatchEvent> eventInWorkspace(const WorkspaceWatchEvent& e
 // depth, and those at any depth below what changed. The cost goes with the events and the documents, not their product.
 std::set<std::string> affectedDocumentIDs(const std::vector<WorkspaceWatchEvent>& events,
                                           const std::map<std::string, ManagedDocument>& documentsByID);
+
+// Those among them whose files, by what the events say, may have left their paths.
+std::set<std::string> lostDocumentIDs(const std::vector<WorkspaceWatchEvent>& events,
+                                      const std::map<std::string, ManagedDocument>& documentsByID);

@@ -15,16 +15,19 @@ void EditorDocumentDaemon::cancelWatching() {
     if (platform.eventStreamSource) presentWatchStream().cancel();
 }
 
-// Made on first use. Events cross to the daemon's queue by value, and do nothing once the daemon is gone.
+// Made on first use. Events cross to the daemon's queue through the mailbox, and do nothing once the daemon is gone.
 WorkspaceWatchStream& EditorDocumentDaemon::presentWatchStream() {
     if (watchStream) return *watchStream;
     const WatchStreamPlatform watchPlatform{
         *platform.eventStreamSource, *platform.watchQueue, *platform.clock, fileManager,
         *platform.environment,       *platform.errorOutput};
     watchStream = std::make_shared<WorkspaceWatchStream>(
-        watchPlatform, [weakDaemon = weak_from_this(), daemonQueue = queue](std::vector<WorkspaceWatchEvent> events) {
-            daemonQueue->async([weakDaemon, events = std::move(events)] {
-                if (const auto daemon = weakDaemon.lock()) daemon->handleWatchEvents(events);
+        watchPlatform, [weakDaemon = weak_from_this(), daemonQueue = queue,
+                        mailbox = watchEventMailbox](std::vector<WorkspaceWatchEvent> events) {
+            mailbox->put(std::move(events), [&] {
+                daemonQueue->async([weakDaemon] {
+                    if (const auto daemon = weakDaemon.lock()) daemon->takeWatchEvents();
+                });
             });
         });
     return *watchStream;

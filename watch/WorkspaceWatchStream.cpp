@@ -2,6 +2,7 @@
 
 #include <cassert>
 #include <chrono>
+#include <new>
 #include <unordered_set>
 #include <utility>
 
@@ -119,6 +120,14 @@ void WorkspaceWatchStream::awaitedRootsAppeared() {
 
 void WorkspaceWatchStream::handleEventBatch(const EventStreamBatch& batch) {
     assert(queue.isCurrent());
+    try {
+        pairAndDeliver(batch);
+    } catch (const std::bad_alloc&) {
+        callback({});
+    }
+}
+
+void WorkspaceWatchStream::pairAndDeliver(const EventStreamBatch& batch) {
     std::vector<RawEvent> rawBatch;
     for (const EventStreamNotification& notification : batch) {
         if (!notification.path) continue;

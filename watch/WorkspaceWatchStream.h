@@ -30,6 +30,7 @@ struct WatchStreamPlatform {
 // callback is called; the members below enter that queue and wait until they are done.
 class WorkspaceWatchStream : public std::enable_shared_from_this<WorkspaceWatchStream> {
 public:
+    // An empty list says that, for want of memory, events were lost.
     using Callback = std::function<void(std::vector<WorkspaceWatchEvent>)>;
 
     WorkspaceWatchStream(const WatchStreamPlatform& watchPlatform, Callback eventsCallback);
@@ -52,6 +53,7 @@ private:
     void awaitedRootsAppeared();
 
     void handleEventBatch(const EventStreamBatch& batch);
+    void pairAndDeliver(const EventStreamBatch& batch);
     void schedulePendingRenameFlush();
     void flushPendingRenames();
     void deliver(const std::vector<RawEvent>& rawBatch, std::vector<WorkspaceWatchEvent> events);

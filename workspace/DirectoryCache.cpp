@@ -1,15 +1,47 @@
 #include "workspace/DirectoryCache.h"
 
+#include <algorithm>
 #include <string_view>
 #include <unordered_set>
 
 #include "identity/EventNodeIDHint.h"
 #include "workspace/PathComponents.h"
 
+namespace {
+
+// Whether a child of before is none of the listing, or is not the directory there that it was.
+bool losesAnything(const std::vector<std::string>& childNodeIDsBefore, const WorkspaceBrowserDirectoryPayload& payload,
+                   const ManagedWorkspace& workspace) {
+    std::unordered_set<std::string_view> nodeIDs;
+    for (const WorkspaceBrowserNodePayload& node : payload.nodes) {
+        nodeIDs.insert(node.nodeID);
+        const auto cached = workspace.cachedNodesByID.find(node.nodeID);
+        const bool wasDirectory = cached != workspace.cachedNodesByID.end() && cached->second.isDirectory;
+        if (wasDirectory && (!node.isDirectory || cached->second.path != node.path)) return true;
+    }
+    return std::ranges::any_of(childNodeIDsBefore, [&](const auto& nodeID) { return !nodeIDs.contains(nodeID); });
+}
+
+bool isListedDirectory(const std::string& path, const ManagedWorkspace& workspace) {
+    if (path == workspace.rootPath) return true;
+    const auto siblings = workspace.childNodeIDsByDirectoryPath.find(parentPath(path));
+    if (siblings == workspace.childNodeIDsByDirectoryPath.end()) return false;
+    return std::ranges::any_of(siblings->second, [&](const std::string& nodeID) {
+        const auto node = workspace.cachedNodesByID.find(nodeID);
+        return node != workspace.cachedNodesByID.end() && node->second.isDirectory && node->second.path == path;
+    });
+}
+
+} // namespace
+
 void cacheWorkspaceDirectoryPayload(const WorkspaceDirectoryListing& listing, ManagedWorkspace& workspace) {
     const WorkspaceBrowserDirectoryPayload& payload = listing.payload;
-    workspace.loadedDirectoryPaths.insert(payload.directoryPath);
+    const bool isNew = workspace.loadedDirectoryPaths.insert(payload.directoryPath).second;
     std::vector<std::string>& childNodeIDs = workspace.childNodeIDsByDirectoryPath[payload.directoryPath];
+    if (losesAnything(childNodeIDs, payload, workspace) ||
+        (isNew && !isListedDirectory(payload.directoryPath, workspace))) {
+        workspace.mayHoldUnlisted = true;
+    }
     childNodeIDs.clear();
     childNodeIDs.reserve(payload.nodes.size());
     for (std::size_t position = 0; position < payload.nodes.size(); ++position) {
@@ -36,6 +68,7 @@ WorkspaceBrowserDirectoryPayload cachedWorkspaceDirectoryPayload(const std::stri
 }
 
 void pruneWorkspaceCache(ManagedWorkspace& workspace) {
+    if (!workspace.mayHoldUnlisted) return;
     std::unordered_set<std::string_view> listedNodeIDs;
     for (const auto& [directoryPath, nodeIDs] : workspace.childNodeIDsByDirectoryPath) {
         listedNodeIDs.insert(nodeIDs.begin(), nodeIDs.end());
@@ -48,11 +81,14 @@ void pruneWorkspaceCache(ManagedWorkspace& workspace) {
     }
     std::erase_if(workspace.loadedDirectoryPaths,
                   [&](const std::string& path) { return !liveDirectoryPaths.contains(path); });
-    std::erase_if(workspace.childNodeIDsByDirectoryPath,
-                  [&](const auto& entry) { return !workspace.loadedDirectoryPaths.contains(entry.first); });
+    const std::size_t dropped = std::erase_if(workspace.childNodeIDsByDirectoryPath, [&](const auto& entry) {
+        return !workspace.loadedDirectoryPaths.contains(entry.first);
+    });
+    workspace.mayHoldUnlisted = dropped > 0;
 }
 
 void removeLoadedWorkspaceDirectory(const std::string& atOrWithin, ManagedWorkspace& workspace) {
+    workspace.mayHoldUnlisted = true;
     std::erase_if(workspace.loadedDirectoryPaths,
                   [&](const std::string& path) { return isAtOrWithin(path, atOrWithin); });
     std::erase_if(workspace.childNodeIDsByDirectoryPath,

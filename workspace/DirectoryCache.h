@@ -19,7 +19,7 @@ WorkspaceBrowserDirectoryPayload cachedWorkspaceDirectoryPayload(const std::stri
                                                                  const ManagedWorkspace& workspace);
 
 // Drops the nodes that no listing holds any more, then the directories whose nodes are gone. What this leaves without
-// an owner goes the next time.
+// an owner goes the next time. Costs nothing where nothing can have gone.
 void pruneWorkspaceCache(ManagedWorkspace& workspace);
 
 // Forgets the directory and those below it, as directories that the client has loaded.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <set>
 #include <string>
 #include <unordered_map>
@@ -19,6 +20,8 @@ struct ManagedWorkspace {
     std::set<std::string> loadedDirectoryPaths{}; // the directories whose children the client has
     std::unordered_map<std::string, WorkspaceBrowserNodePayload> cachedNodesByID{};
     std::unordered_map<std::string, std::vector<std::string>> childNodeIDsByDirectoryPath{}; // in listing order
+    std::unordered_map<std::string, std::chrono::nanoseconds> mutationsFromListings{}; // by key, when they were told
+    bool mayHoldUnlisted = false; // whether anything can have left the listings since the cache was pruned
     EventNodePathIndex knownPathsByEventNodeID;
     bool isEventNodeIndexReady = false;
     std::vector<WorkspaceWatchEvent> pendingWatchEvents{}; // held back until the index is ready

@@ -1,5 +1,6 @@
 #include <cassert>
 #include <cerrno>
+#include <exception>
 
 #include "daemon/EditorDocumentDaemon.h"
 #include "platform/PlatformError.h"
@@ -200,13 +201,18 @@ void EditorDocumentDaemon::announce(const EditorDocumentDaemonRequest& request, 
         .workspaceRootPath = rootPath,
         .workspaceMutation = mutation,
     });
-    write({
-        .kind = EditorDocumentEnvelopeKind::event,
-        .event = EditorDocumentEventKind::workspaceMutation,
-        .workspaceRootPath = rootPath,
-        .workspaceMutation = mutation,
-    });
-    emitWorkspaceRefreshes(rootPath, touchedPaths);
+    // The request is answered, and is not to be answered again.
+    try {
+        write({
+            .kind = EditorDocumentEnvelopeKind::event,
+            .event = EditorDocumentEventKind::workspaceMutation,
+            .workspaceRootPath = rootPath,
+            .workspaceMutation = mutation,
+        });
+        emitWorkspaceRefreshes(rootPath, touchedPaths);
+    } catch (const std::exception&) {
+        tellEverythingAnewSoon();
+    }
 }
 
 WorkspaceItemIdentity EditorDocumentDaemon::workspaceMutationIdentity(

@@ -61,7 +61,6 @@ void EditorDocumentDaemon::handleLoadWorkspaceChildren(EditorDocumentDaemonReque
     const bool needsIndex = workspace.knownPathsByEventNodeID.isEmpty();
     if (needsIndex) workspace.isEventNodeIndexReady = false;
     workspace.loadedDirectoryPaths.insert(rootPath);
-    workspace.loadedDirectoryPaths.insert(directoryPath);
     cacheWorkspaceDirectoryPayload(listing, workspace);
     pruneWorkspaceCache(workspace);
     refreshWatchRoots();

@@ -6,6 +6,7 @@
 
 #include "tests/support/DaemonHarness.h"
 #include "tests/support/Files.h"
+#include "tests/support/ToldEvents.h"
 
 namespace {
 
@@ -67,42 +68,7 @@ public:
         return result;
     }
 
-    // A document event as "updated document-1 v2 a.txt", a listing as "children sub: deep/ b.txt", a mutation as
-    // "renamed a.txt > z.txt", each of them with what it is about and nothing else.
-    std::string line(const EditorDocumentDaemonEnvelope& envelope) const {
-        EXPECT_EQ(envelope.kind, EditorDocumentEnvelopeKind::event);
-        EXPECT_TRUE(envelope.event);
-        if (envelope.workspaceMutation) return line(*envelope.workspaceMutation, *envelope.workspaceRootPath);
-        if (envelope.workspaceDirectory) return line(*envelope.workspaceDirectory, *envelope.workspaceRootPath);
-        std::string text(nameOf(*envelope.event));
-        if (envelope.workspaceRootPath) text += ' ' + relative(*envelope.workspaceRootPath);
-        if (envelope.documentID) text += ' ' + *envelope.documentID;
-        if (envelope.snapshot) {
-            text += " v" + std::to_string(envelope.snapshot->version) + ' ' + relative(envelope.snapshot->path);
-        }
-        if (envelope.message) text += ": " + *envelope.message;
-        return text;
-    }
-    std::string line(const WorkspaceBrowserMutationPayload& mutation, const std::string& rootPath) const {
-        EXPECT_EQ(mutation.rootPath, rootPath);
-        EXPECT_EQ(mutation.origin, WorkspaceBrowserMutationOrigin::externalWatch);
-        std::string text = (rootPath == path() ? "" : relative(rootPath) + ": ") + std::string(nameOf(mutation.kind));
-        if (mutation.sourcePath) text += ' ' + relative(*mutation.sourcePath);
-        if (mutation.sourcePath && mutation.destinationPath) text += " >";
-        if (mutation.destinationPath) text += ' ' + relative(*mutation.destinationPath);
-        return text;
-    }
-    std::string line(const WorkspaceBrowserDirectoryPayload& listing, const std::string& rootPath) const {
-        EXPECT_EQ(listing.rootPath, rootPath);
-        std::string text =
-            (rootPath == path() ? "" : relative(rootPath) + ": ") + "children " + relative(listing.directoryPath) + ':';
-        for (const auto& node : listing.nodes) text += ' ' + node.name + (node.isDirectory ? "/" : "");
-        return text;
-    }
-    std::string relative(const std::string& absolute) const {
-        if (absolute == path()) return ".";
-        return absolute.starts_with(path() + '/') ? absolute.substr(path().size() + 1) : absolute;
-    }
+    std::string line(const EditorDocumentDaemonEnvelope& event) const { return toldEvent(event, path()); }
 
     static std::string nodeID(const WorkspaceBrowserDirectoryPayload& listing, const std::string& name) {
         for (const auto& node : listing.nodes) {
@@ -323,6 +289,72 @@ TEST(WatchEvents, EventsWaitForTheIndexButDocumentsDoNot) {
     EXPECT_EQ(watched.lines(watched.daemon.buildIndexes()),
               (Lines{"children .: other/ sub/ n z.txt", "createdFile n", "renamed a.txt > z.txt"}));
     EXPECT_EQ(watched.lines(watched.daemon.buildIndexes()), Lines{});
+}
+
+TEST(WatchEvents, AnEventIsNoNewsAfterTheListingThatShowedItsChange) {
+    Watched watched;
+    watched.have("n");
+    watched.lose("sub/b.txt");
+    EXPECT_EQ(watched.tell({watched.somewhereIn(""), watched.somewhereIn("sub")}),
+              (Lines{"children .: other/ sub/ a.txt n", "children sub: deep/", "createdFile n", "deleted sub/b.txt"}));
+    const EventStreamBatch late{watched.about("n", itemCreated), watched.about("sub/b.txt", itemRemoved)};
+    EXPECT_EQ(watched.tell(late), Lines{"deleted document-2"});
+    // The same once more is another change.
+    EXPECT_EQ(watched.tell({watched.about("n", itemCreated)}), Lines{"createdFile n"});
+}
+
+TEST(WatchEvents, ADocumentBetweenTwoStepsOfASaveIsNotGone) {
+    Watched watched;
+    watched.move("a.txt", "a.txt~");
+    watched.have("other/n");
+    const EventStreamBatch nearby{watched.about("other/n", itemCreated), watched.somewhereIn("")};
+    EXPECT_EQ(watched.tell(nearby),
+              (Lines{"children .: other/ sub/ a.txt~", "renamed a.txt > a.txt~", "createdFile other/n"}));
+    watched.have("a.txt", "new");
+    EXPECT_EQ(watched.tell({watched.about("a.txt", itemModified)}),
+              (Lines{"children .: other/ sub/ a.txt a.txt~", "createdFile a.txt", "updated document-1 v2 a.txt"}));
+    EXPECT_EQ(watched.lines(watched.daemon.advance(1s)), Lines{});
+
+    // Nobody saw it go.
+    watched.lose("sub/b.txt");
+    EXPECT_EQ(watched.tell({watched.somewhereIn("sub")}), (Lines{"children sub: deep/", "deleted sub/b.txt"}));
+    EXPECT_EQ(watched.lines(watched.daemon.advance(1s)), Lines{"deleted document-2"});
+}
+
+TEST(WatchEvents, WhatFailsForWantOfMemoryIsToldAnewOnceItCanBe) {
+    Watched watched;
+    const auto failNextListings = [&](int count) {
+        const int asked = watched.daemon.fileManager->callCount(FileOperation::isDirectory);
+        for (int call = 1; call <= count; ++call) {
+            watched.daemon.fileManager->beforeCall(FileOperation::isDirectory, asked + call,
+                                                   [] { throw std::bad_alloc(); });
+        }
+    };
+    watched.have("n");
+    const EventStreamBatch batch{watched.about("n", itemCreated)};
+    failNextListings(2);
+    EXPECT_EQ(watched.tell(batch), Lines{});
+    EXPECT_EQ(watched.lines(watched.daemon.advance(100ms)), Lines{}) << "it failed again";
+    EXPECT_EQ(watched.lines(watched.daemon.advance(199ms)), Lines{});
+    EXPECT_EQ(watched.lines(watched.daemon.advance(1ms)),
+              (Lines{"children .: other/ sub/ a.txt n", "children sub: deep/ b.txt"}));
+    EXPECT_EQ(watched.lines(watched.daemon.advance(1h)), Lines{});
+
+    watched.have("a.txt", "new");
+    const int read = watched.daemon.fileManager->callCount(FileOperation::contentsOfFile);
+    watched.daemon.fileManager->beforeCall(FileOperation::contentsOfFile, read + 1, [] { throw std::bad_alloc(); });
+    EXPECT_EQ(watched.tell({watched.about("a.txt", itemModified)}),
+              Lines{"unavailable document-1: The file needs more memory than there is."});
+    EXPECT_EQ(watched.tell({watched.about("a.txt", itemModified)}), Lines{"updated document-1 v2 a.txt"});
+
+    const int asked = watched.daemon.fileManager->callCount(FileOperation::isDirectory);
+    watched.have("m");
+    // It fails when the request is answered and the folder is to be listed again.
+    watched.daemon.fileManager->beforeCall(FileOperation::isDirectory, asked + 5, [] { throw std::bad_alloc(); });
+    const auto told = watched.daemon.exchange(
+        {.command = EditorDocumentRequestCommand::createWorkspaceFile, .rootPath = watched.path(), .name = "own"});
+    EXPECT_EQ(told.size(), 2U) << "a request is answered once";
+    EXPECT_EQ(watched.lines(watched.daemon.advance(100ms)).at(0), "children .: other/ sub/ a.txt m n own");
 }
 
 TEST(WatchEvents, ALostRootIsToldOnceAndNoLongerWatched) {

@@ -45,7 +45,8 @@ bool becomesReadable(int descriptor) {
 
 } // namespace
 
-DaemonProcess::DaemonProcess(std::vector<std::string> arguments, std::vector<std::string> environment) {
+DaemonProcess::DaemonProcess(std::vector<std::string> arguments, std::vector<std::string> environment,
+                             const std::vector<std::string>& launcher) {
     std::signal(SIGPIPE, SIG_IGN);
     const auto inputPipe = makePipe();
     const auto outputPipe = makePipe();
@@ -57,9 +58,10 @@ DaemonProcess::DaemonProcess(std::vector<std::string> arguments, std::vector<std
     ::posix_spawn_file_actions_adddup2(&actions, errorPipe[1], STDERR_FILENO);
 
     arguments.insert(arguments.begin(), DAEMON_EXECUTABLE);
+    arguments.insert(arguments.begin(), launcher.begin(), launcher.end());
     for (char** variable = environ; *variable; ++variable) environment.emplace_back(*variable);
-    const int failure = ::posix_spawn(&child, DAEMON_EXECUTABLE, &actions, nullptr, pointers(arguments).data(),
-                                      pointers(environment).data());
+    const int failure = ::posix_spawnp(&child, arguments[0].c_str(), &actions, nullptr, pointers(arguments).data(),
+                                       pointers(environment).data());
     ::posix_spawn_file_actions_destroy(&actions);
     for (const int end : {inputPipe[0], outputPipe[1], errorPipe[1]}) ::close(end);
     input = inputPipe[1];
@@ -153,6 +155,7 @@ void DaemonProcess::record(const std::string& direction, const std::string& text
 }
 
 std::string DaemonProcess::recorded() const {
+    constexpr std::size_t limit = 20'000;
     const std::lock_guard lock(mutex);
-    return conversation;
+    return conversation.size() <= limit ? conversation : "...\n" + conversation.substr(conversation.size() - limit);
 }

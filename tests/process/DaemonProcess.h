@@ -12,7 +12,9 @@
 // the whole conversation so far.
 class DaemonProcess {
 public:
-    explicit DaemonProcess(std::vector<std::string> arguments = {}, std::vector<std::string> environment = {});
+    // The launcher is a command line that starts the command line given after it, as env does.
+    explicit DaemonProcess(std::vector<std::string> arguments = {}, std::vector<std::string> environment = {},
+                           const std::vector<std::string>& launcher = {});
     ~DaemonProcess();
     DaemonProcess(const DaemonProcess&) = delete;
     DaemonProcess& operator=(const DaemonProcess&) = delete;
@@ -22,6 +24,9 @@ public:
 
     // The next line of output without its line feed; absent at its end.
     std::optional<std::string> readLine();
+
+    // The conversation so far, or the end of a long one, for the message of a failure.
+    std::string recorded() const;
 
     // Sends the line and waits for one line of answer.
     std::string ask(const std::string& line);
@@ -42,7 +47,6 @@ public:
 
 private:
     void record(const std::string& direction, const std::string& text);
-    std::string recorded() const;
 
     mutable std::mutex mutex; // one thread may send while another reads
     std::string conversation;

@@ -40,8 +40,9 @@ protected:
         listedPaths.clear();
         for (auto envelope = nextEnvelope(); envelope.requestID != "mark"; envelope = nextEnvelope()) {
             EXPECT_EQ(envelope.kind, EditorDocumentEnvelopeKind::event);
-            if (envelope.workspaceMutation) {
-                EXPECT_EQ(envelope.workspaceMutation, response.workspaceMutation);
+            const auto& mutation = envelope.workspaceMutation;
+            if (mutation && mutation->origin == WorkspaceBrowserMutationOrigin::internalOperation) {
+                EXPECT_EQ(mutation, response.workspaceMutation);
             }
             if (!envelope.workspaceDirectory) continue;
             listedPaths.push_back(fs::path(envelope.workspaceDirectory->directoryPath).lexically_relative(root));

@@ -134,6 +134,7 @@ std::vector<EditorDocumentDaemonEnvelope> DaemonHarness::notifyAppeared() {
 std::vector<EditorDocumentDaemonEnvelope> DaemonHarness::advance(std::chrono::nanoseconds time) {
     clock->now += time;
     watchQueue->advance(time);
+    queue->advance(time);
     return takeOutput();
 }
 

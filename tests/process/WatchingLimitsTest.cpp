@@ -1,0 +1,92 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+
+#include "tests/process/WatchedSession.h"
+#include "tests/support/Files.h"
+
+// What holds when more happens than the system, or the client, can take.
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using Command = EditorDocumentRequestCommand;
+
+// Stops a process, so that the kernel drops what it has no more room for, and lets it go on in the end.
+class Stopped {
+public:
+    explicit Stopped(pid_t stoppedProcess) : process(stoppedProcess) {
+        ::kill(process, SIGSTOP);
+        ::waitpid(process, nullptr, WUNTRACED);
+    }
+    ~Stopped() { ::kill(process, SIGCONT); }
+
+private:
+    const pid_t process;
+};
+
+TEST(WatchingLimits, WhatTheKernelForgotIsFoundAllTheSame) {
+    WatchedSession session("a.txt b.txt c.txt sub/d.txt sub/deep/e.txt gone/f.txt");
+    for (const char* folder : {"sub", "sub/deep", "gone"}) session.load(folder);
+    for (const char* document : {"a.txt", "b.txt", "sub/deep/e.txt", "gone/f.txt"}) session.open(document);
+    {
+        const Stopped stopped(session.client.process.processID());
+        for (int number = 0; number < 10'000; ++number) {
+            const std::string path = session.path("sub/" + std::to_string(number % 100));
+            writeFile(path, "");
+            fs::remove(path);
+        }
+        session.shell("echo new > a.txt && mv c.txt z.txt && rm b.txt && mv sub tub && mkdir sub && echo x > tub/n");
+        session.shell("rm -r gone && mkdir -p new/deep && echo x > new/deep/n && echo new > tub/deep/e.txt");
+    }
+    EXPECT_EQ(session.differenceInTheEnd(), "");
+    session.load("new");
+    session.shell("echo x > new/deep/m && echo x > new/l");
+    EXPECT_EQ(session.differenceInTheEnd(), "");
+}
+
+TEST(WatchingLimits, WithoutWatchesWhatIsLoadedIsLookedAtNowAndThen) {
+    // In a namespace of its own the limit holds for the daemon alone.
+    const std::vector<std::string> launcher{
+        "unshare", "-Ur", "sh", "-c", "echo 6 > /proc/sys/user/max_inotify_watches && exec \"$@\"", "sh"};
+    if (std::system("unshare -Ur sh -c 'echo 6 > /proc/sys/user/max_inotify_watches' 2> /dev/null") != 0) {
+        GTEST_SKIP() << "no namespace can be made in which to set the limit";
+    }
+    std::string tree = "a.txt sub/deep/b.txt";
+    for (int number = 0; number < 50; ++number) tree += " many/" + std::to_string(number) + '/';
+    WatchedSession session(tree, launcher);
+    for (const char* folder : {"many", "many/0", "many/49", "sub", "sub/deep"}) session.load(folder);
+    session.open("sub/deep/b.txt");
+    session.shell("echo x > many/0/n && rmdir many/49 && echo x > n && echo new > sub/deep/b.txt");
+    const auto isKnown = [&] { return session.picture.difference().empty(); };
+    while (!isKnown()) session.events(1);
+    session.shell("mv sub/deep/b.txt sub/deep/c.txt");
+    while (!isKnown()) session.events(1);
+}
+
+TEST(WatchingLimits, AClientThatDoesNotReadIsToldTheEndAndAnsweredBefore) {
+    std::string tree = "log.txt sub/x";
+    for (int number = 0; number < 2'000; ++number) tree += " many/a-name-that-is-not-short-" + std::to_string(number);
+    WatchedSession session(tree);
+    session.load("many");
+    const std::string documentID = session.open("log.txt");
+    // The listing alone is more than a pipe holds.
+    session.shell("echo x > many/n");
+    for (int turn = 0; turn < 200; ++turn) {
+        writeFile(session.path("log.txt"), std::to_string(turn));
+        writeFile(session.path("sub/" + std::to_string(turn % 10)), "");
+        fs::remove(session.path("sub/" + std::to_string(turn % 10)));
+    }
+    session.shell("rm -r many && mkdir many && mv sub tub");
+    EXPECT_EQ(session.ask({.command = Command::loadWorkspaceChildren, .rootPath = session.root, .path = session.root})
+                  .success,
+              true);
+    EXPECT_EQ(session.differenceInTheEnd(), "");
+    EXPECT_EQ(session.picture.documents.at(documentID).text, "199");
+}
+
+} // namespace
