@@ -34,22 +34,30 @@ void EditorDocumentDaemon::tellEverythingAnewSoon() {
     }
 }
 
+// Each part by itself: one that finds no room even now does not keep the others from being told.
 void EditorDocumentDaemon::tellEverythingAnew() {
     assert(queue->isCurrent());
     mustTellEverythingAnew = false;
-    try {
-        refreshWatchRoots();
+    const auto attempt = [this](const auto& part) {
+        try {
+            part();
+        } catch (const std::exception&) {
+            tellEverythingAnewSoon();
+        }
+    };
+    attempt([this] { refreshWatchRoots(); });
+    attempt([&] {
         std::vector<std::string> rootPaths;
         for (const auto& [rootPath, workspace] : workspacesByRootPath) rootPaths.push_back(rootPath);
-        for (const std::string& rootPath : rootPaths) tellListingsAnew(rootPath);
+        for (const std::string& rootPath : rootPaths) attempt([&] { tellListingsAnew(rootPath); });
+    });
+    attempt([&] {
         std::vector<std::string> documentIDs;
         for (const auto& [documentID, document] : documentsByID) documentIDs.push_back(documentID);
-        for (const std::string& documentID : documentIDs) checkDocumentForChanges(documentID);
-        refreshWatchRoots();
-        delayOfTellingAnew = {};
-    } catch (const std::exception&) {
-        tellEverythingAnewSoon();
-    }
+        for (const std::string& documentID : documentIDs) attempt([&] { checkDocumentForChanges(documentID); });
+    });
+    attempt([this] { refreshWatchRoots(); });
+    if (!mustTellEverythingAnew) delayOfTellingAnew = {};
 }
 
 // The listings that are remembered may be newer than those that the client has.

@@ -144,8 +144,13 @@ void DaemonProcess::limitFurtherMemory(std::size_t byteCount) {
     std::size_t pages = 0;
     statistics >> pages;
     const rlim_t limit = pages * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE)) + byteCount;
-    const rlimit memory{.rlim_cur = limit, .rlim_max = limit};
+    const rlimit memory{.rlim_cur = limit, .rlim_max = RLIM_INFINITY};
     if (::prlimit(child, RLIMIT_AS, &memory, nullptr) != 0) throw std::runtime_error("cannot limit the memory");
+}
+
+void DaemonProcess::liftMemoryLimit() {
+    const rlimit memory{.rlim_cur = RLIM_INFINITY, .rlim_max = RLIM_INFINITY};
+    if (::prlimit(child, RLIMIT_AS, &memory, nullptr) != 0) throw std::runtime_error("cannot lift the limit");
 }
 
 // Of a long line only the beginning.

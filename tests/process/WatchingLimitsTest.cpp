@@ -68,6 +68,27 @@ TEST(WatchingLimits, WithoutWatchesWhatIsLoadedIsLookedAtNowAndThen) {
     while (!isKnown()) session.events(1);
 }
 
+TEST(WatchingLimits, WantOfMemoryDelaysWhatIsToldAndNoMore) {
+    if (IS_SANITIZED) GTEST_SKIP() << "a sanitizer ends the process instead";
+    WatchedSession session("a.txt many/");
+    session.load("many");
+    session.open("a.txt");
+    session.eventsUntilQuiet();
+    const auto fill = [&](const std::string& stem) {
+        for (int number = 0; number < 4'000; ++number)
+            writeFile(session.path("many/" + stem + std::to_string(number)), "");
+    };
+    fill("a-name-that-fits-" + std::string(100, '-'));
+    session.client.process.limitFurtherMemory(4 << 20);
+    fill("one-that-finds-no-room-" + std::string(200, '-'));
+    writeFile(session.path("a.txt"), std::string(6 << 20, 'x'));
+    const auto answer = session.ask({.command = Command::close, .documentID = "none"});
+    EXPECT_EQ(answer.message, "Unknown document.");
+    session.client.process.liftMemoryLimit();
+    writeFile(session.path("a.txt"), "new");
+    EXPECT_EQ(session.differenceInTheEnd(), "");
+}
+
 TEST(WatchingLimits, AClientThatDoesNotReadIsToldTheEndAndAnsweredBefore) {
     std::string tree = "log.txt sub/x";
     for (int number = 0; number < 2'000; ++number) tree += " many/a-name-that-is-not-short-" + std::to_string(number);
