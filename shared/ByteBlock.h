@@ -19,6 +19,12 @@ inline ByteBlock loadBlock(const char* bytes) {
     return block;
 }
 
+template <typename Comparison>
+bool holdsAnywhere(Comparison comparison) {
+    const auto halves = std::bit_cast<std::array<std::uint64_t, 2>>(comparison);
+    return (halves[0] | halves[1]) != 0;
+}
+
 // One bit for each byte, the first byte's lowest.
 template <typename Comparison>
 std::uint64_t bitsOf(Comparison comparison) {

@@ -189,6 +189,10 @@ auto endsPlainText(ByteBlock block) {
     return (block < 0x20) | (block == '"') | (block == '\\');
 }
 
+auto isNotPlainASCII(ByteBlock block) {
+    return endsPlainText(block) | (block >= 0x7F);
+}
+
 } // namespace
 
 void appendEscaped(std::string& output, std::string_view text) {
@@ -200,6 +204,21 @@ void appendEscaped(std::string& output, std::string_view text) {
         return (first < 0x20) | (first == '"') | (first == '\\') | (first == 0x7F) | isNextLine | isSeparator;
     };
     copyRuns(output, text, needsEscape, [](auto... arguments) { return writeEscape(arguments...); });
+}
+
+bool isPlainASCII(std::string_view text) {
+    if (text.size() < byteBlockSize) {
+        std::array<char, byteBlockSize> padded;
+        padded.fill(' ');
+        std::copy(text.begin(), text.end(), padded.begin());
+        return !holdsAnywhere(isNotPlainASCII(loadBlock(padded.data())));
+    }
+    // The last block overlaps the one before it.
+    const std::size_t last = text.size() - byteBlockSize;
+    for (std::size_t offset = 0; offset < last; offset += byteBlockSize) {
+        if (holdsAnywhere(isNotPlainASCII(loadBlock(text.data() + offset)))) return false;
+    }
+    return !holdsAnywhere(isNotPlainASCII(loadBlock(text.data() + last)));
 }
 
 std::optional<std::size_t> appendUnescaped(std::string& output, std::string_view text) {

@@ -11,6 +11,10 @@
 // JSON asks for, U+007F, U+0085, U+2028 and U+2029 are escaped, because there are readers that split lines there.
 void appendEscaped(std::string& output, std::string_view text);
 
+// Whether the text is ASCII that stands between the quotes as it is. Asked of nearly every name, it spares the other
+// questions.
+bool isPlainASCII(std::string_view text);
+
 // Appends what the JSON string says whose opening quote stands just before the given text, and returns how many bytes
 // it takes up, closing quote included. Absent when it does not end or holds a control character or a bad escape.
 std::optional<std::size_t> appendUnescaped(std::string& output, std::string_view text);

@@ -1,20 +1,23 @@
 #include "shared/JSONWriter.h"
 
+#include <cstring>
+#include <utility>
+
 #include "shared/JSONNumber.h"
 #include "shared/JSONString.h"
 #include "shared/UTF8.h"
 
 void JSONWriter::key(std::string_view name) {
     separate();
-    output += '"';
-    output += name;
-    output += layout == JSONLayout::pretty ? "\" : " : "\":";
+    put("\"");
+    put(name);
+    put(layout == JSONLayout::pretty ? "\" : " : "\":");
 }
 
 void JSONWriter::textKey(std::string_view text) {
     separate();
     string(text);
-    output += layout == JSONLayout::pretty ? " : " : ":";
+    put(layout == JSONLayout::pretty ? " : " : ":");
 }
 
 void JSONWriter::string(std::string_view text) {
@@ -26,44 +29,78 @@ void JSONWriter::string(std::string_view text) {
 }
 
 void JSONWriter::wellFormedString(std::string_view text) {
-    output += '"';
+    put("\"");
+    flush();
     appendEscaped(output, text);
-    output += '"';
+    put("\"");
+}
+
+void JSONWriter::plainString(std::string_view text) {
+    put("\"");
+    put(text);
+    put("\"");
 }
 
 void JSONWriter::number(double value) {
+    flush();
     if (!appendNumber(output, value)) hasRefused = true;
 }
 
 void JSONWriter::number(std::int64_t value) {
+    flush();
     appendNumber(output, value);
 }
 void JSONWriter::number(std::uint64_t value) {
+    flush();
     appendNumber(output, value);
 }
 
+std::string JSONWriter::takeOutput() {
+    flush();
+    return std::move(output);
+}
+
 void JSONWriter::beginContainer(char opening) {
-    output += opening;
+    put({&opening, 1});
     ++depth;
+    isAtBeginningOfContainer = true;
 }
 
 void JSONWriter::endContainer(char closing) {
-    const bool isEmpty = isAtBeginningOfContainer();
     --depth;
     if (layout == JSONLayout::pretty) {
         // An empty container takes up three lines, the middle one empty.
-        if (isEmpty) output += '\n';
+        if (isAtBeginningOfContainer) put("\n");
         breakLine();
     }
-    output += closing;
+    put({&closing, 1});
+    isAtBeginningOfContainer = false;
 }
 
 void JSONWriter::separate() {
-    if (!isAtBeginningOfContainer()) output += ',';
+    if (!isAtBeginningOfContainer) put(",");
     if (layout == JSONLayout::pretty) breakLine();
+    isAtBeginningOfContainer = false;
 }
 
 void JSONWriter::breakLine() {
-    output += '\n';
-    output.append(2 * depth, ' ');
+    put("\n");
+    for (std::size_t level = 0; level < depth; ++level) put("  ");
+}
+
+void JSONWriter::put(std::string_view bytes) {
+    if (bytes.size() > piece.size() - gathered) {
+        flush();
+        if (bytes.size() > piece.size()) {
+            output += bytes;
+            return;
+        }
+    }
+    std::memcpy(piece.data() + gathered, bytes.data(), bytes.size());
+    gathered += bytes.size();
+}
+
+void JSONWriter::flush() {
+    output.append(piece.data(), gathered);
+    gathered = 0;
 }

@@ -11,6 +11,7 @@
 
 #include "shared/EnumerationNames.h"
 #include "shared/FileNameText.h"
+#include "shared/JSONString.h"
 #include "shared/JSONWriter.h"
 #include "shared/MillisecondDate.h"
 #include "shared/RecordFields.h"
@@ -88,6 +89,7 @@ private:
     void write(MillisecondDate date, StringForm) { writer.number(date.time_since_epoch().count()); }
 
     void write(const std::string& string, StringForm form) {
+        if (isPlainASCII(string)) return writer.plainString(string);
         if (form == StringForm::text) return writer.string(string);
         if (isItsOwnText(string)) return writer.wellFormedString(string);
         writer.wellFormedString(textFromFileName(string));

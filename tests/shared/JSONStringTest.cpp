@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <iostream>
 #include <random>
 
@@ -56,10 +57,12 @@ const Case cases[] = {
 TEST(JSONString, escapesWhereverTheyStand) {
     for (const auto& [name, text, expected] : cases) {
         SCOPED_TRACE(name);
+        const bool isPlain = text == expected && std::ranges::all_of(text, [](char byte) { return byte > 0; });
         for (std::size_t before = 0; before <= 70; ++before) {
             for (const std::size_t after : {0u, 1u, 2u, 61u, 62u, 63u, 64u, 130u}) {
                 const std::string head(before, 'h'), tail(after, 't');
                 ASSERT_EQ(escaped(head + text + tail), head + expected + tail) << before << " " << after;
+                ASSERT_EQ(isPlainASCII(head + text + tail), isPlain) << before << " " << after;
                 ASSERT_EQ(unescaped(head + expected + tail), head + text + tail) << before << " " << after;
             }
         }
