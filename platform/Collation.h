@@ -14,8 +14,15 @@ class Collation {
 public:
     virtual ~Collation() = default;
 
-    // Names are ordered as the bytes of their keys are.
-    virtual std::string sortKey(std::string_view name) const = 0;
+    // Names are ordered as the bytes of their keys are. Appended, because whoever sorts many names keeps all keys in one
+    // place.
+    virtual void appendSortKey(std::string& keys, std::string_view name) const = 0;
+
+    std::string sortKey(std::string_view name) const {
+        std::string key;
+        appendSortKey(key, name);
+        return key;
+    }
 
     // For a few names; whoever sorts many makes each key once.
     std::strong_ordering compare(std::string_view left, std::string_view right) const {

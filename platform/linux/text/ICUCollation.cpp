@@ -19,28 +19,28 @@ std::string localeName(const Environment& environment) {
     return "";
 }
 
-std::u16string utf16WithReplacements(std::string_view bytes) {
+void putUTF16WithReplacements(std::string_view bytes, std::u16string& text) {
     constexpr UChar32 replacementCharacter = 0xFFFD;
-    std::u16string text(bytes.size(), u'\0');
+    text.resize(bytes.size());
     std::int32_t length = 0;
     UErrorCode error = U_ZERO_ERROR;
     u_strFromUTF8WithSub(text.data(), static_cast<std::int32_t>(text.size()), &length, bytes.data(),
                          static_cast<std::int32_t>(bytes.size()), replacementCharacter, nullptr, &error);
     text.resize(static_cast<std::size_t>(length));
-    return text;
 }
 
 // Ends with the only zero byte in it.
-std::string collatorKey(const UCollator* collator, std::u16string_view text) {
-    std::string key(text.size() * 2 + 16, '\0');
+void appendCollatorKey(std::string& keys, const UCollator* collator, std::u16string_view text) {
+    const std::size_t begin = keys.size();
+    std::size_t room = text.size() * 2 + 16;
     while (true) {
+        keys.resize(begin + room);
         const auto length = static_cast<std::size_t>(
             ucol_getSortKey(collator, text.data(), static_cast<std::int32_t>(text.size()),
-                            reinterpret_cast<std::uint8_t*>(key.data()), static_cast<std::int32_t>(key.size())));
+                            reinterpret_cast<std::uint8_t*>(keys.data() + begin), static_cast<std::int32_t>(room)));
         if (length == 0) throw std::bad_alloc();
-        const bool isComplete = length <= key.size();
-        key.resize(length);
-        if (isComplete) return key;
+        if (length <= room) return keys.resize(begin + length);
+        room = length;
     }
 }
 
@@ -50,10 +50,12 @@ std::string collatorKey(const UCollator* collator, std::u16string_view text) {
 // comparison goes round in circles where digits of several scripts meet, so that a sort would depend on the order of
 // its input. The key's zero byte stops it from being a beginning of another one; hence the name behind it decides
 // between equal keys only, whatever bytes it holds.
-std::string ICUCollation::sortKey(std::string_view name) const {
-    const UCollator* opened = openedCollator();
-    if (!opened) return std::string(name);
-    return collatorKey(opened, utf16WithReplacements(name.substr(0, collatedLength))).append(name);
+void ICUCollation::appendSortKey(std::string& keys, std::string_view name) const {
+    if (const UCollator* opened = openedCollator()) {
+        putUTF16WithReplacements(name.substr(0, collatedLength), wideName);
+        appendCollatorKey(keys, opened, wideName);
+    }
+    keys += name;
 }
 
 // Tried once: if a failure went away later, the order would change under the lists already shown.

@@ -3,6 +3,7 @@
 #include <unicode/ucol.h>
 
 #include <memory>
+#include <string>
 
 #include "platform/Collation.h"
 #include "platform/Environment.h"
@@ -15,7 +16,7 @@ class ICUCollation final : public Collation {
 public:
     explicit ICUCollation(const Environment& variables) : environment(variables) {}
 
-    std::string sortKey(std::string_view name) const override;
+    void appendSortKey(std::string& keys, std::string_view name) const override;
 
 private:
     struct Close {
@@ -28,5 +29,6 @@ private:
 
     const Environment& environment;
     mutable OwnedCollator collator{};
+    mutable std::u16string wideName{}; // kept for the next name
     mutable bool wasOpened = false;
 };
