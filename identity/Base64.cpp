@@ -1,19 +1,26 @@
 #include "identity/Base64.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
-std::string base64(std::string_view bytes) {
-    constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    text.reserve((bytes.size() + 2) / 3 * 4);
-    for (; !bytes.empty(); bytes.remove_prefix(std::min<std::size_t>(3, bytes.size()))) {
-        std::uint32_t group = 0;
-        for (std::size_t i = 0; i < 3; ++i) {
-            group = group << 8 | (i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0U);
-        }
-        for (std::size_t i = 0; i < 4; ++i) text += i <= bytes.size() ? alphabet[group >> (18 - 6 * i) & 63] : '=';
+namespace {
+
+constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+std::uint32_t byteAt(std::string_view bytes, std::size_t position) {
+    return position < bytes.size() ? static_cast<unsigned char>(bytes[position]) : 0;
+}
+
+} // namespace
+
+void appendBase64(std::string& text, std::string_view bytes) {
+    std::size_t written = text.size();
+    text.resize(written + (bytes.size() + 2) / 3 * 4);
+    for (std::size_t read = 0; read < bytes.size(); read += 3) {
+        const std::uint32_t group = byteAt(bytes, read) << 16 | byteAt(bytes, read + 1) << 8 | byteAt(bytes, read + 2);
+        text[written++] = alphabet[group >> 18];
+        text[written++] = alphabet[group >> 12 & 63];
+        text[written++] = read + 1 < bytes.size() ? alphabet[group >> 6 & 63] : '=';
+        text[written++] = read + 2 < bytes.size() ? alphabet[group & 63] : '=';
     }
-    return text;
 }

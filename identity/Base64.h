@@ -4,4 +4,4 @@
 #include <string_view>
 
 // Standard alphabet, padded, in one line.
-std::string base64(std::string_view bytes);
+void appendBase64(std::string& text, std::string_view bytes);

@@ -79,6 +79,39 @@ void EventNodePathIndex::set(std::string_view hint, std::string_view path) {
     for (const Node node : there) tree.prune(node);
 }
 
+void EventNodePathIndex::setChildren(std::string_view directoryPath, const std::vector<NumberedName>& children) {
+    Node directory = PathTree::none;
+    for (const NumberedName& child : children) {
+        // With its first child the directory gets its node, which stays as long as it has one.
+        if (directory == PathTree::none) directory = onlyNode(directoryPath);
+        if (directory != PathTree::none && setWhereNothingElseChanges(directory, child)) continue;
+        set(eventNodeIDHint(child.fileNumber), appendingPathComponent(directoryPath, child.name));
+    }
+}
+
+// None also where there are several.
+EventNodePathIndex::Node EventNodePathIndex::onlyNode(std::string_view path) const {
+    if (!tree.contains(path)) return PathTree::none;
+    const std::vector<Node> nodes = tree.findAll(path);
+    return nodes.size() == 1 ? nodes[0] : PathTree::none;
+}
+
+// A name that is new with a number that is new, or one that has its number already. False for all else.
+bool EventNodePathIndex::setWhereNothingElseChanges(Node directory, const NumberedName& child) {
+    if (child.fileNumber == noNumber || child.fileNumber == otherHint) return false;
+    Node there = PathTree::none;
+    bool isAmbiguous = false;
+    tree.forEachChild(directory, child.name, [&](Node node) {
+        isAmbiguous = there != PathTree::none;
+        there = node;
+    });
+    if (isAmbiguous) return false;
+    const auto former = nodeOfNumber(child.fileNumber);
+    if (former || there != PathTree::none) return former == there;
+    giveNumber(tree.addChild(directory, child.name), child.fileNumber);
+    return true;
+}
+
 void EventNodePathIndex::setAll(const EventNodePathIndex& subtree) {
     subtree.forEach([this](const std::string& hint, const std::string& path) { set(hint, path); });
 }

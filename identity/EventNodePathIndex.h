@@ -8,6 +8,7 @@
 #include <string_view>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "identity/NodeTable.h"
 #include "identity/PathTree.h"
@@ -30,6 +31,11 @@ public:
     EventNodePathIndex(EventNodePathIndex&&) = default;
     EventNodePathIndex& operator=(EventNodePathIndex&&) = default;
 
+    struct NumberedName {
+        std::string_view name{};
+        std::uint64_t fileNumber{};
+    };
+
     const std::string& rootPath() const { return tree.rootPath(); }
     std::optional<std::string> path(std::string_view hint) const;
     std::size_t size() const { return count; }
@@ -37,6 +43,8 @@ public:
     std::size_t nodeCount() const { return tree.size(); } // what memory goes with: items and the directories above them
 
     void set(std::string_view hint, std::string_view path);
+    // Sets what a listing of a directory has shown. The directory is looked up only once.
+    void setChildren(std::string_view directoryPath, const std::vector<NumberedName>& children);
     // Sets all that the index of a directory within the root holds.
     void setAll(const EventNodePathIndex& subtree);
     void removeAtOrWithin(std::string_view path);
@@ -51,6 +59,8 @@ public:
 private:
     using Node = PathTree::Node;
 
+    Node onlyNode(std::string_view path) const;
+    bool setWhereNothingElseChanges(Node directory, const NumberedName& child);
     std::optional<Node> nodeOf(std::string_view hint) const;
     std::optional<Node> nodeOfNumber(std::uint64_t number) const;
     std::string hintOf(Node node) const;

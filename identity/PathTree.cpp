@@ -33,10 +33,7 @@ std::vector<PathTree::Node> PathTree::findAll(std::string_view path) const {
     for (const std::string_view component : components(path)) {
         below.clear();
         for (const Node directory : nodes) {
-            nodesByName.find(hash(directory, component), [&](Node node) {
-                if (parent(node) == directory && name(node) == component) below.push_back(node);
-                return false;
-            });
+            forEachChild(directory, component, [&](Node node) { below.push_back(node); });
         }
         nodes.swap(below);
     }

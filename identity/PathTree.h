@@ -31,6 +31,14 @@ public:
     Node find(std::string_view path) const; // none when there is no such node
     std::vector<Node> findAll(std::string_view path) const;
     Node child(Node parent, std::string_view name) const;
+    // Calls the visitor with every child of that name.
+    template <class Visit>
+    void forEachChild(Node directory, std::string_view childName, const Visit& visit) const {
+        nodesByName.find(hash(directory, childName), [&](Node node) {
+            if (parent(node) == directory && name(node) == childName) visit(node);
+            return false;
+        });
+    }
 
     // The node for the path, made with all that is missing above it.
     Node enter(std::string_view path);

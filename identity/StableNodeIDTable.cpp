@@ -18,7 +18,7 @@ std::uint64_t hashOf(std::string_view key) {
 
 std::string StableNodeIDTable::nodeID(const std::string& path, const StableNodeKey& key, const ItemExists& itemExists) {
     if (!tree.contains(path)) return key.nodeID();
-    const Node node = tree.enter(path);
+    const Node node = enter(path);
     Entry entry = entryOf(node);
     if (entry != none) {
         changeKey(entry, key.stored());
@@ -27,18 +27,34 @@ std::string StableNodeIDTable::nodeID(const std::string& path, const StableNodeK
         if (entry == none) entry = make(key);
         place(entry, node);
     }
-    return StableNodeKey::fromStored(originOf(entry)).nodeID();
+    return StableNodeKey::nodeIDOf(originOf(entry));
+}
+
+// The directory cannot go away by way of nodeID(): it holds the node that is being entered.
+StableNodeIDTable::Node StableNodeIDTable::enter(std::string_view path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == 0 || path == tree.rootPath()) return tree.enter(path);
+    const std::string_view directoryPath = path.substr(0, slash);
+    if (lastDirectory == PathTree::none || directoryPath != lastDirectoryPath) {
+        lastDirectory = PathTree::none;
+        lastDirectoryPath = directoryPath;
+        lastDirectory = tree.enter(directoryPath);
+    }
+    const std::string_view name = path.substr(slash + 1);
+    const Node known = tree.child(lastDirectory, name);
+    return known != PathTree::none ? known : tree.addChild(lastDirectory, name);
 }
 
 std::optional<std::string> StableNodeIDTable::knownNodeID(std::string_view path) const {
     if (!tree.contains(path)) return std::nullopt;
     const Node node = tree.find(path);
     if (node == PathTree::none || entryOf(node) == none) return std::nullopt;
-    return StableNodeKey::fromStored(originOf(entryOf(node))).nodeID();
+    return StableNodeKey::nodeIDOf(originOf(entryOf(node)));
 }
 
 void StableNodeIDTable::carry(std::string_view fromPath, std::string_view toPath) {
     if (fromPath == toPath || fromPath == tree.rootPath()) return;
+    lastDirectory = PathTree::none;
     const Node source = tree.find(fromPath);
     if (source == PathTree::none) return;
     const Node directory = tree.parent(source);
@@ -53,6 +69,7 @@ void StableNodeIDTable::carry(std::string_view fromPath, std::string_view toPath
 }
 
 void StableNodeIDTable::removeAtOrWithin(std::string_view path) {
+    lastDirectory = PathTree::none;
     const Node node = tree.find(path);
     if (node == PathTree::none) return;
     const Node directory = tree.parent(node);
@@ -65,6 +82,7 @@ void StableNodeIDTable::closeRoot(const std::string& rootPath, const std::vector
     for (const std::string& open : openRootPaths) {
         if (isAtOrWithin(rootPath, open)) return;
     }
+    lastDirectory = PathTree::none;
     std::vector<std::pair<Node, std::string>> kept;
     for (const std::string& open : openRootPaths) {
         if (!isAtOrWithin(open, rootPath)) continue;

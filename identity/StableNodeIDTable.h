@@ -53,6 +53,7 @@ private:
     Entry entryOf(Node node) const { return static_cast<Entry>(tree.value(node)); }
     std::string_view keyOf(Entry entry) const { return bytes.view(records[entry].key); }
     std::string_view originOf(Entry entry) const { return bytes.view(records[entry].origin); }
+    Node enter(std::string_view path);
     Entry firstWithKey(std::string_view key) const;
     bool isOrigin(std::string_view key) const;
     Entry vacated(std::string_view key, const ItemExists& itemExists) const;
@@ -74,6 +75,8 @@ private:
     std::vector<Entry> freeEntries{};
     NodeTable headsByKey{};
     NodeTable entriesByOrigin{};
+    std::string lastDirectoryPath{}; // of the item that was entered last: a listing enters one item after the other
+    Node lastDirectory = PathTree::none;
     std::uint32_t lastNumber = 0;
     std::size_t count = 0;
 };

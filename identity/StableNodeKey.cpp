@@ -21,7 +21,11 @@ std::string canonicalText(const FileIdentifierUUID& uuid) {
 
 struct FormOfIdentifier {
     std::string operator()(std::uint64_t number) const { return "number:" + std::to_string(number); }
-    std::string operator()(const FileIdentifierBytes& bytes) const { return std::string(dataPrefix) + bytes.bytes; }
+    std::string operator()(const FileIdentifierBytes& bytes) const {
+        std::string form;
+        form.reserve(dataPrefix.size() + bytes.bytes.size());
+        return (form += dataPrefix) += bytes.bytes;
+    }
     std::string operator()(const std::string& text) const { return "string:" + text; }
     std::string operator()(const FileIdentifierUUID& uuid) const { return "uuid:" + canonicalText(uuid); }
     std::string operator()(const OpaqueFileIdentifier& opaque) const { return "object:" + opaque.description; }
@@ -41,8 +45,12 @@ StableNodeKey StableNodeKey::numbered(std::uint32_t number) const {
     return StableNodeKey(std::move(bytes));
 }
 
-std::string StableNodeKey::nodeID() const {
-    if (!form.starts_with(dataPrefix)) return form;
-    std::string nodeID(dataPrefix);
-    return nodeID += base64(std::string_view(form).substr(dataPrefix.size()));
+std::string StableNodeKey::nodeIDOf(std::string_view stored) {
+    if (!stored.starts_with(dataPrefix)) return std::string(stored);
+    stored.remove_prefix(dataPrefix.size());
+    std::string nodeID;
+    nodeID.reserve(dataPrefix.size() + 4 * (stored.size() + 2) / 3);
+    nodeID += dataPrefix;
+    appendBase64(nodeID, stored);
+    return nodeID;
 }

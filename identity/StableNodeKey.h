@@ -13,14 +13,15 @@ public:
     explicit StableNodeKey(const FileIdentifier& identifier);
     // For an item that has nothing better than its numbers.
     StableNodeKey(std::uint64_t fileSystemNumber, std::uint64_t fileNumber);
-    // From what stored() gave.
-    static StableNodeKey fromStored(std::string_view stored) { return StableNodeKey(std::string(stored)); }
 
     // Another key of the same form, for an item that must have an ID of its own.
     StableNodeKey numbered(std::uint32_t number) const;
 
-    std::string nodeID() const;
+    std::string nodeID() const { return nodeIDOf(form); }
     std::string_view stored() const { return form; }
+
+    // From what stored() gave.
+    static std::string nodeIDOf(std::string_view stored);
 
 private:
     explicit StableNodeKey(std::string storedForm) : form(std::move(storedForm)) {}

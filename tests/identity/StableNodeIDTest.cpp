@@ -29,7 +29,11 @@ TEST(Base64, HasEveryLengthAndValue) {
         {"\0\0\0"s, "AAAA"},
         {"\xFF", "/w=="},
     };
-    for (const auto& [bytes, text] : cases) EXPECT_EQ(base64(bytes), text);
+    for (const auto& [bytes, text] : cases) {
+        std::string written = "data:";
+        appendBase64(written, bytes);
+        EXPECT_EQ(written, "data:" + std::string(text));
+    }
 }
 
 TEST(StableNodeID, StringOfAnIdentifier) {
