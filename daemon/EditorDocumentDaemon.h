@@ -97,8 +97,9 @@ private:
     // Workspaces.
     void closeWorkspace(const std::string& rootPath);
     WorkspaceListingSources listingSources();
-    void respondListing(const EditorDocumentDaemonRequest& request, const std::string& rootPath,
-                        WorkspaceBrowserDirectoryPayload listing);
+    static std::optional<std::string> encodedListing(const EditorDocumentDaemonRequest& request,
+                                                     const std::string& rootPath,
+                                                     WorkspaceBrowserDirectoryPayload& listing);
 
     // Identity, and the index of each workspace.
     std::string stableNodeID(const std::string& path);

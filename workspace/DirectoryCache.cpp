@@ -32,25 +32,33 @@ bool isListedDirectory(const std::string& path, const ManagedWorkspace& workspac
     });
 }
 
+void indexListing(const WorkspaceDirectoryListing& listing, EventNodePathIndex& index) {
+    std::vector<EventNodePathIndex::NumberedName> children;
+    children.reserve(listing.payload.nodes.size());
+    for (std::size_t position = 0; position < listing.payload.nodes.size(); ++position) {
+        if (const auto fileNumber = listing.fileNumbers[position]) {
+            children.push_back({listing.payload.nodes[position].name, *fileNumber});
+        }
+    }
+    index.setChildren(listing.payload.directoryPath, children);
+}
+
 } // namespace
 
-void cacheWorkspaceDirectoryPayload(const WorkspaceDirectoryListing& listing, ManagedWorkspace& workspace) {
-    const WorkspaceBrowserDirectoryPayload& payload = listing.payload;
+void cacheWorkspaceDirectoryPayload(WorkspaceDirectoryListing listing, ManagedWorkspace& workspace) {
+    indexListing(listing, workspace.knownPathsByEventNodeID);
+    WorkspaceBrowserDirectoryPayload& payload = listing.payload;
     const bool isNew = workspace.loadedDirectoryPaths.insert(payload.directoryPath).second;
     std::vector<std::string>& childNodeIDs = workspace.childNodeIDsByDirectoryPath[payload.directoryPath];
     if (losesAnything(childNodeIDs, payload, workspace) ||
         (isNew && !isListedDirectory(payload.directoryPath, workspace))) {
         workspace.mayHoldUnlisted = true;
     }
-    childNodeIDs.clear();
-    childNodeIDs.reserve(payload.nodes.size());
+    childNodeIDs.resize(payload.nodes.size());
     for (std::size_t position = 0; position < payload.nodes.size(); ++position) {
-        const WorkspaceBrowserNodePayload& node = payload.nodes[position];
-        childNodeIDs.push_back(node.nodeID);
-        workspace.cachedNodesByID.insert_or_assign(node.nodeID, node);
-        if (const auto fileNumber = listing.fileNumbers[position]) {
-            workspace.knownPathsByEventNodeID.set(eventNodeIDHint(*fileNumber), node.path);
-        }
+        WorkspaceBrowserNodePayload& node = payload.nodes[position];
+        childNodeIDs[position] = node.nodeID;
+        workspace.cachedNodesByID.insert_or_assign(childNodeIDs[position], std::move(node));
     }
 }
 
@@ -70,6 +78,7 @@ WorkspaceBrowserDirectoryPayload cachedWorkspaceDirectoryPayload(const std::stri
 void pruneWorkspaceCache(ManagedWorkspace& workspace) {
     if (!workspace.mayHoldUnlisted) return;
     std::unordered_set<std::string_view> listedNodeIDs;
+    listedNodeIDs.reserve(workspace.cachedNodesByID.size());
     for (const auto& [directoryPath, nodeIDs] : workspace.childNodeIDsByDirectoryPath) {
         listedNodeIDs.insert(nodeIDs.begin(), nodeIDs.end());
     }

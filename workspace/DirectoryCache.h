@@ -11,7 +11,7 @@
 
 // Remembers a listing in place of the directory's earlier one. Nodes that only the earlier one had stay until the cache
 // is pruned.
-void cacheWorkspaceDirectoryPayload(const WorkspaceDirectoryListing& listing, ManagedWorkspace& workspace);
+void cacheWorkspaceDirectoryPayload(WorkspaceDirectoryListing listing, ManagedWorkspace& workspace);
 
 // The listing as it was remembered last; empty for a directory that never was.
 WorkspaceBrowserDirectoryPayload cachedWorkspaceDirectoryPayload(const std::string& rootPath,

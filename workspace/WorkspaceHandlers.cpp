@@ -15,16 +15,17 @@ void EditorDocumentDaemon::handleOpenWorkspace(EditorDocumentDaemonRequest reque
         return respondFailure(request, "The selected project root is unavailable.");
     }
     WorkspaceDirectoryListing listing = loadWorkspaceDirectory(rootPath, rootPath, listingSources());
+    const auto answer = encodedListing(request, rootPath, listing.payload);
 
     ManagedWorkspace& workspace = workspacesByRootPath.try_emplace(rootPath, rootPath).first->second;
     workspace.knownPathsByEventNodeID = EventNodePathIndex(rootPath);
     workspace.isEventNodeIndexReady = false;
     workspace.loadedDirectoryPaths.insert(rootPath);
-    cacheWorkspaceDirectoryPayload(listing, workspace);
+    cacheWorkspaceDirectoryPayload(std::move(listing), workspace);
     pruneWorkspaceCache(workspace);
     refreshWatchRoots();
     scheduleWorkspaceEventNodePathIndexRebuild(rootPath);
-    respondListing(request, rootPath, std::move(listing.payload));
+    emit(answer);
 }
 
 void EditorDocumentDaemon::handleCloseWorkspace(EditorDocumentDaemonRequest request) {
@@ -55,29 +56,35 @@ void EditorDocumentDaemon::handleLoadWorkspaceChildren(EditorDocumentDaemonReque
         return respondFailure(request, "The requested directory is unavailable.");
     }
     WorkspaceDirectoryListing listing = loadWorkspaceDirectory(rootPath, directoryPath, listingSources());
+    const auto answer = encodedListing(request, rootPath, listing.payload);
 
     // Expanding a directory of a root that was never opened opens the root.
     ManagedWorkspace& workspace = workspacesByRootPath.try_emplace(rootPath, rootPath).first->second;
     const bool needsIndex = workspace.knownPathsByEventNodeID.isEmpty();
     if (needsIndex) workspace.isEventNodeIndexReady = false;
     workspace.loadedDirectoryPaths.insert(rootPath);
-    cacheWorkspaceDirectoryPayload(listing, workspace);
+    cacheWorkspaceDirectoryPayload(std::move(listing), workspace);
     pruneWorkspaceCache(workspace);
     refreshWatchRoots();
     if (needsIndex) scheduleWorkspaceEventNodePathIndexRebuild(rootPath);
-    respondListing(request, rootPath, std::move(listing.payload));
+    emit(answer);
 }
 
-void EditorDocumentDaemon::respondListing(const EditorDocumentDaemonRequest& request, const std::string& rootPath,
-                                          WorkspaceBrowserDirectoryPayload listing) {
-    write({
+// The envelope has the listing only while it is encoded: a large one is worth no copy.
+std::optional<std::string> EditorDocumentDaemon::encodedListing(const EditorDocumentDaemonRequest& request,
+                                                                const std::string& rootPath,
+                                                                WorkspaceBrowserDirectoryPayload& listing) {
+    EditorDocumentDaemonEnvelope envelope{
         .kind = EditorDocumentEnvelopeKind::response,
         .requestID = request.requestID,
         .command = request.command,
         .success = true,
         .workspaceRootPath = rootPath,
         .workspaceDirectory = std::move(listing),
-    });
+    };
+    auto line = encodedLine(envelope);
+    listing = std::move(*envelope.workspaceDirectory);
+    return line;
 }
 
 void EditorDocumentDaemon::closeWorkspace(const std::string& rootPath) {
