@@ -22,5 +22,6 @@ int largestPipeSize() {
 
 void enlargePipe(int descriptor) {
     if (::fcntl(descriptor, F_GETPIPE_SZ) < 0) return;
-    if (const int size = largestPipeSize(); size > 0) ::fcntl(descriptor, F_SETPIPE_SZ, size);
+    static const int size = largestPipeSize();
+    if (size > 0) ::fcntl(descriptor, F_SETPIPE_SZ, size);
 }
