@@ -3,6 +3,7 @@
 #include <cassert>
 #include <new>
 
+#include "shared/DecodingError.h"
 #include "shared/RecordCoding.h"
 #include "shared/UTF8.h"
 #include "shared/Whitespace.h"
@@ -40,13 +41,15 @@ void EditorDocumentDaemon::run(LineInput& input) {
 
 void EditorDocumentDaemon::handle(std::string_view line) {
     assert(queue->isCurrent());
-    if (!isWellFormedUTF8(line)) return;
     try {
         auto request = decodeRecord<EditorDocumentDaemonRequest>(line, line.size() + LineInput::padding);
         const Handler handler = handlerForCommand(request.command);
         (this->*handler)(std::move(request));
+    } catch (const DecodingError& error) {
+        // A line that is not UTF-8 never decodes, so that only lines which do not are asked.
+        if (isWellFormedUTF8(line)) respondUnreadable(error.what());
     } catch (const std::bad_alloc&) {
-        respondUnreadable(outOfMemory);
+        if (isWellFormedUTF8(line)) respondUnreadable(outOfMemory);
     } catch (const PlatformError& error) {
         // A failed handler deliberately answers like an unreadable line, although its request was read.
         respondUnreadable(error.localizedDescription);

@@ -222,9 +222,13 @@ bool isPlainASCII(std::string_view text) {
 }
 
 std::optional<std::size_t> appendUnescaped(std::string& output, std::string_view text) {
+    // Most strings are short and have no escapes.
+    const std::size_t plain = plainLength(text);
+    output += text.substr(0, plain);
+    if (text.substr(plain).starts_with('"')) return plain + 1;
     const auto endsRun = [](const char* bytes) { return endsPlainText(loadBlock(bytes)); };
     const std::string_view rest =
-        copyRuns(output, text, endsRun, [](auto... arguments) { return resolveEscape(arguments...); });
+        copyRuns(output, text.substr(plain), endsRun, [](auto... arguments) { return resolveEscape(arguments...); });
     if (!rest.starts_with('"')) return std::nullopt;
     return text.size() - rest.size() + 1;
 }

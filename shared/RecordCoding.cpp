@@ -15,10 +15,18 @@ std::string descriptionOf(const JSONFault& fault) {
     return "Invalid JSON at byte " + std::to_string(fault.offset) + ": " + std::string{fault.description} + ".";
 }
 
+// Setting up a parser costs more than reading a small message with it; what a large one needs is given back.
+constexpr std::size_t largestSmallMessage = 4096;
+
 template <WireRecord Record>
 Record decodePadded(std::string_view message) {
     if (message.starts_with(utf8ByteOrderMark)) message.remove_prefix(utf8ByteOrderMark.size());
-    return RecordDecoder{message}.decode<Record>();
+    if (message.size() <= largestSmallMessage) {
+        thread_local simdjson::ondemand::parser parserOfSmallMessages;
+        return RecordDecoder{message}.decode<Record>(parserOfSmallMessages);
+    }
+    simdjson::ondemand::parser parser;
+    return RecordDecoder{message}.decode<Record>(parser);
 }
 
 template <WireRecord Record>

@@ -25,10 +25,9 @@ public:
     // The message must be followed by decodingPadding readable bytes.
     explicit RecordDecoder(std::string_view paddedMessage) : message(paddedMessage) {}
 
-    // Throws a DecodingError or a simdjson::simdjson_error.
+    // Throws a DecodingError or a simdjson::simdjson_error. The parser may be used again and keeps its memory.
     template <WireRecord Record>
-    Record decode() {
-        simdjson::ondemand::parser parser;
+    Record decode(simdjson::ondemand::parser& parser) {
         simdjson::ondemand::document document = begin(parser);
         Record record{};
         readObject(record, document.get_object(), {});

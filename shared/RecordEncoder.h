@@ -97,7 +97,7 @@ private:
 
     template <WireEnumeration Enumeration>
     void write(Enumeration value, StringForm) {
-        writer.string(nameOf(value));
+        writer.plainString(nameOf(value));
     }
 
     template <typename Number>

@@ -64,7 +64,8 @@ BenchmarkResults readResults(const std::string& path) {
     std::string text{std::istreambuf_iterator<char>(file), {}};
     const std::size_t size = text.size();
     text.append(decodingPadding, ' ');
-    return RecordDecoder(std::string_view(text).substr(0, size)).decode<BenchmarkResults>();
+    simdjson::ondemand::parser parser;
+    return RecordDecoder(std::string_view(text).substr(0, size)).decode<BenchmarkResults>(parser);
 }
 
 void printComparison(const BenchmarkResults& before, const BenchmarkResults& after) {
