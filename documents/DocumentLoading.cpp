@@ -14,6 +14,8 @@ using namespace std::string_view_literals;
 constexpr std::array<std::uint64_t, 6> wideUnicodeEncodings = {10,         0x90000100, 0x94000100,
                                                                0x8C000100, 0x98000100, 0x9C000100};
 
+constexpr std::size_t longestTextBOM = 4;
+
 void validateAttributes(const FileAttributes& attributes) {
     if (attributes.type != FileType::regular) throw notRegularFileError();
     if (attributes.size.value_or(0) > maxInAppEditorFileSizeBytes) {
@@ -39,8 +41,9 @@ LoadedDocument loadDocument(const std::string& path, const FileManager& fileMana
     validateAttributes(contents.attributes);
 
     const bool hasNullBytes = contents.data.find('\0') != std::string::npos;
-    std::optional<DetectedText> detected = textCoding.detect(contents.data);
-    if (hasNullBytes && !supportsNullBytesAsText(contents.data, detected ? detected->encodingRawValue : 0)) {
+    const std::string beginning = contents.data.substr(0, longestTextBOM);
+    std::optional<DetectedText> detected = textCoding.detect(std::move(contents.data));
+    if (hasNullBytes && !supportsNullBytesAsText(beginning, detected ? detected->encodingRawValue : 0)) {
         throw binaryFileError();
     }
     if (!detected) throw undecodableFileError();

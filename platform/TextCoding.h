@@ -24,8 +24,8 @@ public:
     virtual ~TextCoding() = default;
 
     // The encoding of the whole data and its text; absent when no encoding fits, as for compressed or executable bytes.
-    // encode() of the answer gives the data again.
-    virtual std::optional<DetectedText> detect(std::string_view data) const = 0;
+    // encode() of the answer gives the data again. By value, because nearly always the data is the text.
+    virtual std::optional<DetectedText> detect(std::string data) const = 0;
 
     // Absent when the encoding is unknown or cannot represent the text (well-formed UTF-8).
     virtual std::optional<std::string> encode(std::string_view text, std::uint64_t encodingRawValue,

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "shared/ByteBlock.h"
 
@@ -54,49 +55,80 @@ inline void writeAll(int descriptor, std::string_view bytes) {
     }
 }
 
-// Both need 16 readable bytes behind the text and room for what they write, and return its end.
+// Both look at 64 bytes at a time, the width of a mask, and need as many readable bytes behind the text and behind what
+// they write. They return the end of that.
+
+inline constexpr std::size_t windowSize = 64;
+
+struct Escape {
+    std::array<char, 8> characters{};
+    std::size_t length = 0;
+};
+
+inline constexpr auto escapes = [] {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::array<Escape, 128> table{};
+    for (std::size_t byte = 0; byte < 0x20; ++byte) {
+        table[byte] = {{'\\', 'u', '0', '0', digits[byte >> 4], digits[byte & 15]}, 6};
+    }
+    for (const auto& [byte, letter] : {std::pair{'\n', 'n'}, {'\t', 't'}, {'\r', 'r'}, {'"', '"'}, {'\\', '\\'}}) {
+        table[static_cast<unsigned char>(byte)] = {{'\\', letter}, 2};
+    }
+    return table;
+}();
+
+template <typename Comparison>
+std::uint64_t maskOfWindow(const char* window, Comparison comparison) {
+    std::uint64_t mask = 0;
+    for (std::size_t offset = 0; offset < windowSize; offset += byteBlockSize) {
+        mask |= bitsOf(comparison(loadBlock(window + offset))) << offset;
+    }
+    return mask;
+}
 
 inline char* escaped(std::string_view text, char* end) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::size_t position = 0;
-    while (position < text.size()) {
-        const ByteBlock block = loadBlock(text.data() + position);
-        std::memcpy(end, &block, byteBlockSize);
-        const std::uint64_t bits = bitsOf((block < 0x20) | (block == '"') | (block == '\\'));
-        const std::size_t plain = bits == 0 ? byteBlockSize : static_cast<std::size_t>(std::countr_zero(bits));
-        end += plain;
-        position += plain;
-        if (bits == 0 || position >= text.size()) continue;
-        const char byte = text[position++];
-        *end++ = '\\';
-        if (byte == '\n') {
-            *end++ = 'n';
-        } else if (byte == '\t') {
-            *end++ = 't';
-        } else if (byte == '"' || byte == '\\') {
-            *end++ = byte;
-        } else {
-            const auto value = static_cast<unsigned char>(byte);
-            end = static_cast<char*>(std::memcpy(end, "u00", 3)) + 3;
-            *end++ = digits[value >> 4];
-            *end++ = digits[value & 15];
+    while (!text.empty()) {
+        const std::size_t length = text.size() < windowSize ? text.size() : windowSize;
+        std::uint64_t mask = maskOfWindow(
+            text.data(), [](ByteBlock block) { return (block < 0x20) | (block == '"') | (block == '\\'); });
+        if (length < windowSize) mask &= ~(~std::uint64_t{0} << length);
+        std::size_t position = 0;
+        for (; mask != 0; mask &= mask - 1) {
+            const auto marked = static_cast<std::size_t>(std::countr_zero(mask));
+            std::memcpy(end, text.data() + position, windowSize);
+            end += marked - position;
+            const Escape& escape = escapes[static_cast<unsigned char>(text[marked])];
+            std::memcpy(end, escape.characters.data(), escape.characters.size());
+            end += escape.length;
+            position = marked + 1;
         }
+        std::memcpy(end, text.data() + position, windowSize);
+        end += length - position;
+        text.remove_prefix(length);
     }
-    return end - (position - text.size());
+    return end;
 }
 
 // Up to the closing quote. Knows the escapes that the driver writes.
 inline char* unescaped(const char* text, char* end) {
     for (;;) {
-        const ByteBlock block = loadBlock(text);
-        std::memcpy(end, &block, byteBlockSize);
-        const std::uint64_t bits = bitsOf((block == '"') | (block == '\\'));
-        const std::size_t plain = bits == 0 ? byteBlockSize : static_cast<std::size_t>(std::countr_zero(bits));
-        end += plain;
-        text += plain;
-        if (bits == 0) continue;
-        if (*text == '"') return end;
-        *end++ = text[1] == 'n' ? '\n' : text[1] == 't' ? '\t' : text[1];
-        text += 2;
+        std::uint64_t mask = maskOfWindow(text, [](ByteBlock block) { return (block == '"') | (block == '\\'); });
+        std::size_t position = 0;
+        while (mask != 0) {
+            const auto marked = static_cast<std::size_t>(std::countr_zero(mask));
+            std::memcpy(end, text + position, windowSize);
+            end += marked - position;
+            if (text[marked] == '"') return end;
+            const char letter = text[marked + 1];
+            *end++ = letter == 'n' ? '\n' : letter == 't' ? '\t' : letter;
+            position = marked + 2;
+            mask = position < windowSize ? mask & ~std::uint64_t{0} << position : 0;
+        }
+        if (position < windowSize) {
+            std::memcpy(end, text + position, windowSize);
+            end += windowSize - position;
+            position = windowSize;
+        }
+        text += position;
     }
 }

@@ -76,8 +76,8 @@ std::vector<Entry> entriesOf(int directory, UCollator* collator, Arena& arena) {
             const std::string_view name = found->d_name;
             if (name == "." || name == "..") continue;
             Entry& entry = entries.emplace_back();
-            std::memcpy(arena.room(name.size() + byteBlockSize), name.data(), name.size());
-            entry.name = arena.take(name.size() + byteBlockSize).substr(0, name.size());
+            std::memcpy(arena.room(name.size() + windowSize), name.data(), name.size());
+            entry.name = arena.take(name.size() + windowSize).substr(0, name.size());
             entry.isDirectory = found->d_type == DT_DIR;
             readHandle(directory, found->d_name, entry);
             entry.key = collationKey(collator, entry.name, arena);
@@ -140,7 +140,7 @@ int main() {
             return entries[left].key < entries[right].key;
         });
 
-        std::size_t size = 16;
+        std::size_t size = 4 * windowSize;
         for (const Entry& entry : entries) size += 4 * entry.name.size() + 2 * path.size() + 160;
         const auto answer = std::make_unique_for_overwrite<char[]>(size);
         char* end = answer.get();

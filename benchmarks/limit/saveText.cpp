@@ -11,8 +11,8 @@ int main(int, char** arguments) {
     while (readLine(line)) {
         constexpr std::string_view key = "\"text\":\"";
         const std::size_t begin = line.find(key) + key.size();
-        line.append(byteBlockSize, ' ');
-        const auto text = std::make_unique_for_overwrite<char[]>(line.size() + byteBlockSize);
+        line.append(2 * windowSize, ' ');
+        const auto text = std::make_unique_for_overwrite<char[]>(line.size() + 2 * windowSize);
         const char* textEnd = unescaped(line.data() + begin, text.get());
         const std::string_view saved(text.get(), textEnd);
 
@@ -23,7 +23,7 @@ int main(int, char** arguments) {
         ::close(file);
         require(::rename(temporary.c_str(), path.c_str()) == 0, "rename");
 
-        const auto answer = std::make_unique_for_overwrite<char[]>(2 * saved.size() + 64);
+        const auto answer = std::make_unique_for_overwrite<char[]>(2 * saved.size() + 4 * windowSize);
         char* end = answer.get();
         *end++ = '"';
         end = escaped(saved, end);

@@ -44,6 +44,7 @@ std::optional<DetectedText> detectedBehindMark(std::string_view data, const Mark
 
 // Seven-bit mail and news of Japan is well-formed ASCII as well; only the escape sequences give it away.
 bool mayBeISO2022JP(std::string_view data) {
+    if (data.find('\x1B') == std::string_view::npos) return false;
     if (data.find("\x1B$B") == std::string_view::npos && data.find("\x1B$@") == std::string_view::npos) return false;
     return std::ranges::all_of(data, [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
 }
@@ -53,7 +54,7 @@ bool mayBeISO2022JP(std::string_view data) {
 ICUTextCoding::ICUTextCoding() = default;
 ICUTextCoding::~ICUTextCoding() = default;
 
-std::optional<DetectedText> ICUTextCoding::detect(std::string_view data) const {
+std::optional<DetectedText> ICUTextCoding::detect(std::string data) const {
     const MarkedEncoding mark = leadingMark(data);
     if (mark.byteOrderMark == ByteOrderMark::utf8) {
         if (auto text = detectedBehindMark(data, mark)) return text;
@@ -62,12 +63,12 @@ std::optional<DetectedText> ICUTextCoding::detect(std::string_view data) const {
     }
 
     const bool isUTF8 = isWellFormedUTF8(data);
-    if (data.find('\0') != std::string_view::npos) {
+    if (data.find('\0') != std::string::npos) {
         if (auto text = unmarkedUnicodeText(data, isUTF8 ? AlsoUTF8::yes : AlsoUTF8::no)) return text;
     }
     if (isUTF8) {
         auto japanese = mayBeISO2022JP(data) ? legacyText(data, StringEncoding::iso2022JP) : std::nullopt;
-        return japanese ? japanese : DetectedText{std::string(data), StringEncoding::utf8, ByteOrderMark::none};
+        return japanese ? japanese : DetectedText{std::move(data), StringEncoding::utf8, ByteOrderMark::none};
     }
     return legacyEncodings().detect(data);
 }

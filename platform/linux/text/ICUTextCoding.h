@@ -13,7 +13,7 @@ public:
     ICUTextCoding();
     ~ICUTextCoding() override;
 
-    std::optional<DetectedText> detect(std::string_view data) const override;
+    std::optional<DetectedText> detect(std::string data) const override;
     std::optional<std::string> encode(std::string_view text, std::uint64_t encodingRawValue,
                                       ByteOrderMark byteOrderMark) const override;
 
