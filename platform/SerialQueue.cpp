@@ -39,18 +39,27 @@ void SerialQueue::sync(const std::function<void()>& task) {
     task();
 }
 
+// The thread is woken when the lock is free, or it would only fall asleep again.
 void SerialQueue::async(std::function<void()> task) {
-    const std::lock_guard lock(mutex);
-    line.push_back({.task = std::move(task)});
-    startThreadIfNeeded();
-    if (hasTaskForThread()) threadWakeUp.notify_one();
+    bool isForThread = false;
+    {
+        const std::lock_guard lock(mutex);
+        line.push_back({.task = std::move(task)});
+        startThreadIfNeeded();
+        isForThread = hasTaskForThread();
+    }
+    if (isForThread) threadWakeUp.notify_one();
 }
 
 void SerialQueue::asyncAfter(std::chrono::nanoseconds delay, std::function<void()> task) {
-    const std::lock_guard lock(mutex);
-    const auto due = delayedTasks.emplace(std::chrono::steady_clock::now() + delay, std::move(task));
-    startThreadIfNeeded();
-    if (due == delayedTasks.begin()) threadWakeUp.notify_one();
+    bool isFirst = false;
+    {
+        const std::lock_guard lock(mutex);
+        const auto due = delayedTasks.emplace(std::chrono::steady_clock::now() + delay, std::move(task));
+        startThreadIfNeeded();
+        isFirst = due == delayedTasks.begin() && currentThread != thread.get_id();
+    }
+    if (isFirst) threadWakeUp.notify_one();
 }
 
 bool SerialQueue::isCurrent() const {
