@@ -43,7 +43,8 @@ public:
     std::size_t nodeCount() const { return tree.size(); } // what memory goes with: items and the directories above them
 
     void set(std::string_view hint, std::string_view path);
-    // Sets what a listing of a directory has shown. The directory is looked up only once.
+    // As set() for each item that a listing of a directory has shown, but looks the directory up only once. Its path is
+    // in normal form.
     void setChildren(std::string_view directoryPath, const std::vector<NumberedName>& children);
     // Sets all that the index of a directory within the root holds.
     void setAll(const EventNodePathIndex& subtree);

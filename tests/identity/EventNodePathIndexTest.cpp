@@ -193,6 +193,19 @@ void checkAgainstPlainIndex(const std::string& rootPath, std::mt19937& random) {
                 plain.merge(plainBuilt);
                 break;
             }
+            case 4:
+            case 5: {
+                if (path.ends_with('/')) break; // a listing has the normal form of its directory's path
+                std::vector<EventNodePathIndex::NumberedName> children;
+                for (const char* name : {"a", "b", "c", "ab"}) {
+                    if (some.one(2)) children.push_back({name, random() % 60});
+                }
+                index.setChildren(path, children);
+                for (const auto& [name, number] : children) {
+                    plain.set("number:" + std::to_string(number), appendingPathComponent(path, name));
+                }
+                break;
+            }
             default: {
                 const std::string hint = some.hint();
                 index.set(hint, path);
