@@ -12,13 +12,14 @@ namespace {
 // Whether a child of before is none of the listing, or is not the directory there that it was.
 bool losesAnything(const std::vector<std::string>& childNodeIDsBefore, const WorkspaceBrowserDirectoryPayload& payload,
                    const ManagedWorkspace& workspace) {
-    std::unordered_set<std::string_view> nodeIDs;
     for (const WorkspaceBrowserNodePayload& node : payload.nodes) {
-        nodeIDs.insert(node.nodeID);
         const auto cached = workspace.cachedNodesByID.find(node.nodeID);
         const bool wasDirectory = cached != workspace.cachedNodesByID.end() && cached->second.isDirectory;
         if (wasDirectory && (!node.isDirectory || cached->second.path != node.path)) return true;
     }
+    if (childNodeIDsBefore.empty()) return false;
+    std::unordered_set<std::string_view> nodeIDs;
+    for (const WorkspaceBrowserNodePayload& node : payload.nodes) nodeIDs.insert(node.nodeID);
     return std::ranges::any_of(childNodeIDsBefore, [&](const auto& nodeID) { return !nodeIDs.contains(nodeID); });
 }
 
