@@ -172,14 +172,14 @@ private:
     void emitWorkspaceDirectoryUpdates(const std::set<WorkspaceDirectoryRefreshKey>& keys,
                                        EmitMutationEvents emitMutationEvents,
                                        WorkspaceMutationsByRootPath seedExternalMutations,
-                                       const std::set<std::string>& lostDocumentIDs);
+                                       const std::set<std::string>& toldDocumentIDs);
     void emitWorkspaceDirectoryUpdates(DirectoryRefreshPass pass, EmitMutationEvents emitMutationEvents);
     void refreshWorkspaceDirectory(const std::string& directoryPath, EmitMutationEvents emitMutationEvents,
                                    DirectoryRefreshPass& pass, ManagedWorkspace& workspace);
     void dropUnavailableWorkspace(const std::string& rootPath, std::optional<std::string> message);
     void dropUnlistableRoot(const std::string& rootPath, const PlatformError& error);
     void emitRefreshedState(DirectoryRefreshPass pass, EmitMutationEvents emitMutationEvents);
-    void followListedRename(const WorkspacePathRemap& remap, const std::set<std::string>& lostDocumentIDs);
+    void followListedRename(const WorkspacePathRemap& remap, const std::set<std::string>& toldDocumentIDs);
     void emitMutations(DirectoryRefreshPass& pass);
 
     const DaemonPlatform platform;

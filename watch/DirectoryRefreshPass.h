@@ -65,7 +65,7 @@ struct DirectoryRefreshPass {
     std::vector<WorkspaceBrowserDirectoryPayload> changedPayloads{};
     WorkspaceNodesByID nodesBeforePass{};                           // those that the pass has since overwritten
     std::unordered_map<std::string, std::string> pathsBeforePass{}; // by node ID, of those below a renamed directory
-    std::set<std::string> lostDocumentIDs{};      // documents of which it is told that their files have left
+    std::set<std::string> toldDocumentIDs{};      // documents about which there are events of their own
     std::set<std::string> directoryPathsToTell{}; // whether their listings have changed or not
 };
 

@@ -25,7 +25,7 @@ void EditorDocumentDaemon::emitWorkspaceRefreshes(const std::string& rootPath,
 void EditorDocumentDaemon::emitWorkspaceDirectoryUpdates(const std::set<WorkspaceDirectoryRefreshKey>& keys,
                                                          EmitMutationEvents emitMutationEvents,
                                                          WorkspaceMutationsByRootPath seedExternalMutations,
-                                                         const std::set<std::string>& lostDocumentIDs) {
+                                                         const std::set<std::string>& toldDocumentIDs) {
     std::map<std::string, WorkspaceDirectoryPaths> directoryPathsByRootPath;
     for (const WorkspaceDirectoryRefreshKey& key : keys) {
         directoryPathsByRootPath[key.rootPath].insert(key.directoryPath);
@@ -34,7 +34,7 @@ void EditorDocumentDaemon::emitWorkspaceDirectoryUpdates(const std::set<Workspac
         DirectoryRefreshPass pass{.rootPath = rootPath, .pendingPaths = std::move(directoryPaths)};
         pass.external = std::move(seedExternalMutations[rootPath]);
         for (const auto& [key, mutation] : pass.external) pass.seedKeys.insert(key);
-        pass.lostDocumentIDs = lostDocumentIDs;
+        pass.toldDocumentIDs = toldDocumentIDs;
         emitWorkspaceDirectoryUpdates(std::move(pass), emitMutationEvents);
     }
 }
@@ -95,7 +95,7 @@ void EditorDocumentDaemon::dropUnlistableRoot(const std::string& rootPath, const
 
 // Documents first, then all listings, then all mutations.
 void EditorDocumentDaemon::emitRefreshedState(DirectoryRefreshPass pass, EmitMutationEvents emitMutationEvents) {
-    for (const WorkspacePathRemap& remap : pass.remaps) followListedRename(remap, pass.lostDocumentIDs);
+    for (const WorkspacePathRemap& remap : pass.remaps) followListedRename(remap, pass.toldDocumentIDs);
     std::sort(pass.changedPayloads.begin(), pass.changedPayloads.end(), [&](const auto& left, const auto& right) {
         return ascendingWorkspaceDirectoryPathSort(left.directoryPath, right.directoryPath, pass.rootPath);
     });
@@ -113,9 +113,9 @@ void EditorDocumentDaemon::emitRefreshedState(DirectoryRefreshPass pass, EmitMut
 // A file that is seen under another name may be what a save, which is under way, keeps of the old text. If nothing has
 // said that it was renamed, its document waits until that must have come to an end.
 void EditorDocumentDaemon::followListedRename(const WorkspacePathRemap& remap,
-                                              const std::set<std::string>& lostDocumentIDs) {
+                                              const std::set<std::string>& toldDocumentIDs) {
     const auto document = documentIDByPath.find(remap.sourcePath);
-    if (document == documentIDByPath.end() || lostDocumentIDs.contains(document->second)) {
+    if (document == documentIDByPath.end() || toldDocumentIDs.contains(document->second)) {
         return retargetManagedDocuments(remap.sourcePath, remap.destinationPath, EmitUpdatedEvents::yes);
     }
     queue->asyncAfter(RenamePairing::pendingRenameRetention, [weakDaemon = weak_from_this(), remap] {

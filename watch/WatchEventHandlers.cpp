@@ -49,24 +49,25 @@ void EditorDocumentDaemon::tellWatchEvents(const std::vector<WorkspaceWatchEvent
     for (const std::string& rootPath : effects.unavailableRootPaths) dropUnavailableWorkspace(rootPath, std::nullopt);
     refreshWatchRoots();
     const std::set<std::string> documentIDs = affectedDocumentIDs(events, documentsByID);
-    const std::set<std::string> lostDocumentIDs = ::lostDocumentIDs(events, documentsByID);
+    const std::set<std::string> toldDocumentIDs = ::toldDocumentIDs(events, documentsByID);
     emitWorkspaceDirectoryUpdates(effects.refreshKeys, EmitMutationEvents::yes, std::move(effects.mutations),
-                                  lostDocumentIDs);
+                                  toldDocumentIDs);
     for (const std::string& documentID : documentIDs) {
-        lostDocumentIDs.contains(documentID) ? checkDocumentForChanges(documentID) : checkNearbyDocument(documentID);
+        toldDocumentIDs.contains(documentID) ? checkDocumentForChanges(documentID) : checkNearbyDocument(documentID);
     }
     refreshWatchRoots();
 }
 
-// Something else has changed near the document. If its file is not there just now, another program may be between two
-// steps of a save. Should the file be gone or renamed, an event of its own says so; the second look is for a file that
-// went before it was watched.
+// Something else has changed near the document. If its file is not there just now, or has lost its text, another
+// program may be between two steps of a save. An event of its own says what came of that; the second look is for a file
+// that went before it was watched.
 void EditorDocumentDaemon::checkNearbyDocument(const std::string& documentID) {
     const auto open = documentsByID.find(documentID);
     if (open == documentsByID.end()) return;
-    const bool seemsGone =
-        !open->second.metadata.isMissing && currentMetadata(open->second.path, fileManager).isMissing;
-    if (!seemsGone) return checkDocumentForChanges(documentID);
+    const DocumentMetadata& known = open->second.metadata;
+    const DocumentMetadata found = currentMetadata(open->second.path, fileManager);
+    const bool isInBetween = (found.isMissing && !known.isMissing) || (found.fileSize == 0 && known.fileSize != 0);
+    if (!isInBetween) return checkDocumentForChanges(documentID);
     queue->asyncAfter(RenamePairing::pendingRenameRetention, [weakDaemon = weak_from_this(), documentID] {
         if (const auto daemon = weakDaemon.lock()) daemon->checkDocumentForChanges(documentID);
     });

@@ -89,7 +89,7 @@ std::set<std::string> affectedDocumentIDs(const std::vector<WorkspaceWatchEvent>
     return documentIDs;
 }
 
-std::set<std::string> lostDocumentIDs(const std::vector<WorkspaceWatchEvent>& events,
+std::set<std::string> toldDocumentIDs(const std::vector<WorkspaceWatchEvent>& events,
                                       const std::map<std::string, ManagedDocument>& documentsByID) {
     std::set<std::string> documentIDs;
     if (documentsByID.empty()) return documentIDs;
@@ -98,8 +98,7 @@ std::set<std::string> lostDocumentIDs(const std::vector<WorkspaceWatchEvent>& ev
         // The other half may have been anywhere.
         const bool isHalf = event.kind == Kind::itemRenamed && !event.relatedPath;
         if (isHalf) documents.takeAffected(event.path, documentIDs);
-        const bool leaves = event.kind == Kind::itemRemoved || event.kind == Kind::itemRenamed;
-        if (leaves || event.kind == Kind::rootChanged) documents.takeWithin(event.path, documentIDs);
+        if (event.kind != Kind::changeInDirectory) documents.takeWithin(event.path, documentIDs);
     }
     return documentIDs;
 }

@@ -21,6 +21,6 @@ std::optional<WorkspaceWatchEvent> eventInWorkspace(const WorkspaceWatchEvent& e
 std::set<std::string> affectedDocumentIDs(const std::vector<WorkspaceWatchEvent>& events,
                                           const std::map<std::string, ManagedDocument>& documentsByID);
 
-// Those among them whose files, by what the events say, may have left their paths.
-std::set<std::string> lostDocumentIDs(const std::vector<WorkspaceWatchEvent>& events,
+// Those among them of which the events say themselves that their files have changed or left their paths.
+std::set<std::string> toldDocumentIDs(const std::vector<WorkspaceWatchEvent>& events,
                                       const std::map<std::string, ManagedDocument>& documentsByID);

@@ -280,6 +280,12 @@ TEST(WatchEvents, ADocumentBetweenTwoStepsOfASaveIsNotGone) {
               (Lines{"children .: other/ sub/ a.txt a.txt~", "createdFile a.txt", "updated document-1 v2 a.txt"}));
     EXPECT_EQ(watched.lines(watched.daemon.advance(1s)), Lines{});
 
+    // Another program has emptied the file and is about to write it.
+    watched.have("a.txt", "");
+    EXPECT_EQ(watched.tell({watched.somewhereIn("")}), Lines{});
+    watched.have("a.txt", "newer");
+    EXPECT_EQ(watched.tell({watched.about("a.txt", itemModified)}), Lines{"updated document-1 v3 a.txt"});
+
     // Nobody saw it go.
     watched.lose("sub/b.txt");
     EXPECT_EQ(watched.tell({watched.somewhereIn("sub")}), (Lines{"children sub: deep/", "deleted sub/b.txt"}));

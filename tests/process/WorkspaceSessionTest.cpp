@@ -33,7 +33,9 @@ protected:
         daemon.sendLine(encodeRecord(request).value());
         // Its answer marks the end of what the request has caused.
         daemon.sendLine(R"({"requestID":"mark","command":"close","documentID":"x"})");
-        const auto response = nextEnvelope();
+        auto response = nextEnvelope();
+        // What the system tells of the request before may come first.
+        while (response.kind == EditorDocumentEnvelopeKind::event) response = nextEnvelope();
         EXPECT_EQ(response.requestID, request.requestID);
         EXPECT_EQ(response.command, request.command);
         EXPECT_EQ(response.success, true) << response.message.value_or("");
