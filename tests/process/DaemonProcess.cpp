@@ -14,6 +14,8 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "tests/support/SchemaCheck.h"
+
 extern char** environ;
 
 namespace {
@@ -96,6 +98,7 @@ std::optional<std::string> DaemonProcess::readLine() {
             std::string line = buffered.substr(0, lineFeed);
             buffered.erase(0, lineFeed + 1);
             record("< ", line + '\n');
+            expectEnvelopeOfTheSchema(line);
             return line;
         }
         searched = buffered.size();

@@ -3,11 +3,13 @@
 #include "platform/linux/text/ICUCollation.h"
 #include "platform/linux/text/ICUTextCoding.h"
 #include "shared/RecordCoding.h"
+#include "tests/support/SchemaCheck.h"
 
 class DaemonHarness::CollectingOutput final : public Output {
 public:
     void write(std::string_view bytes) override {
         EXPECT_EQ(bytes.find('\n'), bytes.size() - 1) << "an envelope is one line: " << bytes;
+        expectEnvelopeOfTheSchema(bytes);
         envelopes.push_back(decodeRecord<EditorDocumentDaemonEnvelope>(bytes));
     }
     std::vector<EditorDocumentDaemonEnvelope> take() { return std::exchange(envelopes, {}); }

@@ -1,0 +1,10 @@
+export { EditorDocumentDaemonClient } from "./EditorDocumentDaemonClient.js";
+export type { ConnectionEvents, ConnectionOptions } from "./DaemonConnection.js";
+export type { DaemonEnd, DaemonProcessOptions } from "./DaemonProcess.js";
+export { DocumentModel, type DocumentEvents, type DocumentState } from "./DocumentModel.js";
+export { DaemonEndedError, RequestFailedError, RequestRefusedError, SaveConflictError } from "./Errors.js";
+export { displayText, fileNameFromText, textFromFileName } from "./FileNameText.js";
+export type { AnswerTo, Command, FieldsOf } from "./Requests.js";
+export { WorkspaceModel, type WorkspaceEvents } from "./WorkspaceModel.js";
+export type { WorkspaceNode } from "./WorkspaceTree.js";
+export type * from "./WireTypes.js";
