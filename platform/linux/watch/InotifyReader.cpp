@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstdint>
+#include <new>
 #include <utility>
 
 #include "platform/linux/watch/KernelRecord.h"
@@ -36,6 +37,7 @@ InotifyReader::~InotifyReader() {
 
 std::optional<std::string> InotifyReader::takeBlock() {
     const std::lock_guard lock(mutex);
+    if (std::exchange(hasLostBlocks, false)) return overflowBlock();
     if (blocks.empty()) return std::nullopt;
     std::string block = std::move(blocks.front());
     blocks.pop_front();
@@ -50,7 +52,7 @@ void InotifyReader::run() {
         if (::poll(waiting.data(), waiting.size(), -1) < 0) continue;
         if (waiting[0].revents) return;
         if (waiting[1].revents) readBlocks();
-        if (waiting[2].revents) mountsChanged();
+        if (waiting[2].revents) call(mountsChanged);
     }
 }
 
@@ -62,19 +64,40 @@ void InotifyReader::readBlocks() {
 
 void InotifyReader::keep(std::string_view block) {
     bool isFirst = false;
-    {
+    try {
         const std::lock_guard lock(mutex);
-        isFirst = blocks.empty();
-        if (keptBytes + block.size() > limit) {
-            blocks.assign(1, overflowBlock());
-            keptBytes = blocks.front().size();
-        } else if (!isFirst && blocks.back().size() + block.size() <= blockSize) {
-            blocks.back() += block;
-            keptBytes += block.size();
-        } else {
-            blocks.emplace_back(block);
-            keptBytes += block.size();
-        }
+        isFirst = (blocks.empty() && !hasLostBlocks) || mustCallAgain;
+        append(block);
+    } catch (const std::bad_alloc&) {
+        const std::lock_guard lock(mutex);
+        loseAll();
     }
-    if (isFirst) blocksArrived();
+    if (isFirst) call(blocksArrived);
+}
+
+void InotifyReader::call(const std::function<void()>& function) {
+    try {
+        mustCallAgain = false;
+        function();
+    } catch (const std::bad_alloc&) {
+        mustCallAgain = true;
+    }
+}
+
+void InotifyReader::append(std::string_view block) {
+    if (keptBytes + block.size() > limit) {
+        loseAll();
+    } else if (!blocks.empty() && blocks.back().size() + block.size() <= blockSize) {
+        blocks.back() += block;
+        keptBytes += block.size();
+    } else {
+        blocks.emplace_back(block);
+        keptBytes += block.size();
+    }
+}
+
+void InotifyReader::loseAll() {
+    blocks.clear();
+    keptBytes = 0;
+    hasLostBlocks = true;
 }

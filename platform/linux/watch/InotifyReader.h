@@ -31,6 +31,9 @@ private:
     void run();
     void readBlocks();
     void keep(std::string_view block);
+    void append(std::string_view block);
+    void loseAll();
+    void call(const std::function<void()>& function);
 
     const int inotify;
     const std::size_t limit;
@@ -41,5 +44,7 @@ private:
     std::mutex mutex{};
     std::deque<std::string> blocks{};
     std::size_t keptBytes = 0;
+    bool hasLostBlocks = false;
+    bool mustCallAgain = false; // for want of memory; of the reader's thread alone
     std::thread thread;
 };

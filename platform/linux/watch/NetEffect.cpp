@@ -16,7 +16,8 @@ NetEffect effectOfReplacement(const NameHistory& history) {
 NetEffect netEffect(const NameHistory& history) {
     const bool isRename = history.origin == ItemOrigin::movedFromFree;
     if (!history.is) return {.isRemoved = static_cast<bool>(history.was)};
-    if (!history.was) return {.isRenamedHere = isRename, .isCreated = !isRename};
+    if (!history.was)
+        return {.isRenamedHere = isRename, .isCreated = !isRename, .isModified = isRename && history.isNewSave};
     if (history.origin != ItemOrigin::sameName || history.was != history.is) return effectOfReplacement(history);
     return {.isModified = history.isWritten, .hasNewAttributes = history.hasNewAttributes && !history.isWritten};
 }

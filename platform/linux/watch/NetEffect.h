@@ -15,6 +15,7 @@ struct NameHistory {
     ItemIdentity is{};
     ItemOrigin origin{};
     bool isFreshTemporary = false; // the item was created a moment ago and nobody has it open as a document
+    bool isNewSave = false;        // what was moved here had been saved just before, where it was
     bool isWritten = false;
     bool hasNewAttributes = false;
 };

@@ -34,10 +34,17 @@ void PendingChanges::vanished(const NameKey& key, WatchTime now) {
 void PendingChanges::movedAway(const NameKey& key, std::uint32_t cookie, FolderNode* folder, WatchTime now) {
     Change& change = touch(key, now);
     MovingItem item{.left = key, .occupant = change.occupant, .born = change.born, .folder = folder};
-    if (change.occupant == Occupant::mover) item.cameFrom = change.cameFrom;
-    if (change.occupant == Occupant::unchanged && key.folder->snapshot.find(key.name)) {
+    if (change.occupant == Occupant::mover) {
+        item.cameFrom = change.cameFrom;
+        item.isNewSave = change.isNewSave;
+    }
+    const ItemIdentity was = key.folder->snapshot.find(key.name);
+    // A file that was saved stays the same one, though the save gave it another number.
+    const bool isNewSave = change.occupant == Occupant::newcomer && was && !was.isDirectory() && !folder;
+    if ((change.occupant == Occupant::unchanged && was) || isNewSave) {
         item.occupant = Occupant::mover;
         item.cameFrom = key;
+        item.isNewSave = isNewSave;
     }
     moving[cookie].push_back(std::move(item));
     setOccupant(key, change, Occupant::nobody, now);
@@ -59,9 +66,10 @@ FolderNode* PendingChanges::movedHere(const NameKey& key, std::uint32_t cookie, 
     if (item->occupant != Occupant::mover) {
         setOccupant(key, change, Occupant::newcomer, now);
     } else if (item->cameFrom == key) {
-        setOccupant(key, change, Occupant::unchanged, now);
+        setOccupant(key, change, item->isNewSave ? Occupant::newcomer : Occupant::unchanged, now);
     } else {
         change.cameFrom = std::move(item->cameFrom);
+        change.isNewSave = item->isNewSave;
         setOccupant(key, change, Occupant::mover, now);
     }
     found->second.erase(item);

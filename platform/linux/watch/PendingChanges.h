@@ -95,8 +95,9 @@ private:
         bool hasBeenAnother = false; // the name was free meanwhile, or had another item
         bool isForgotten = false;    // a folder at it, with all that was reported in that
         std::optional<WatchTime> unsettledSince{};
-        WatchTime born{};   // of a newcomer
-        NameKey cameFrom{}; // of a mover: where it was last reported
+        WatchTime born{};       // of a newcomer
+        NameKey cameFrom{};     // of a mover: where it was last reported
+        bool isNewSave = false; // of a mover: the file that was reported there has been replaced by it
     };
     using ChangeByKey = std::unordered_map<NameKey, Change, NameKeyHash>;
     using KeySet = std::unordered_set<NameKey, NameKeyHash>;
@@ -106,6 +107,7 @@ private:
         Occupant occupant{};
         WatchTime born{};
         NameKey cameFrom{};
+        bool isNewSave = false;
         FolderNode* folder{};
     };
 

@@ -172,6 +172,7 @@ NameHistory PendingChanges::historyOf(const Found& found, const ItemByName& pres
     if (paths.roots.size() > 1 && rootOf(reportedPath(source), paths.roots) != rootOf(currentPath(*key), paths.roots))
         return history;
     history.origin = ItemOrigin::movedFromFree;
+    history.isNewSave = change->isNewSave;
     const bool isOpenDocument = paths.documents.contains(reportedPath(source));
     history.isFreshTemporary = !isOpenDocument && isFreshTemporary(source, is, now);
     return history;
@@ -182,7 +183,8 @@ bool PendingChanges::isRenameOf(const NameKey& source, const Found& found, const
                                 KnownFolders& knownFolders) const {
     const auto atSource = present.find(source);
     if (atSource == present.end() || atSource->second) return false;
-    if (source.folder->snapshot.find(source.name) != found.is) return false;
+    const ItemIdentity was = source.folder->snapshot.find(source.name);
+    if (was != found.is && !(found.change->isNewSave && was.type == found.is.type)) return false;
     if (!knownFolders.wasKnown(source.folder) || !knownFolders.willBeKnown(found.key->folder)) return false;
     if (!found.is.isDirectory()) return true;
     // What is known of its contents must be its own.

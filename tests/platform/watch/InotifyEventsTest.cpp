@@ -57,6 +57,13 @@ TEST(InotifyEvents, OfFiles) {
          },
          {"modified w/a.txt"}},
         {"rename", [](auto top) { fs::rename(top + "w/a.txt", top + "w/z.txt"); }, {"renamed w/a.txt -> w/z.txt"}},
+        {"save and rename",
+         [](auto top) {
+             writeFile(top + "w/.a.txt.edsave-0123456789abcdef", "new");
+             fs::rename(top + "w/.a.txt.edsave-0123456789abcdef", top + "w/a.txt");
+             fs::rename(top + "w/a.txt", top + "w/z.txt");
+         },
+         {"renamed w/a.txt -> w/z.txt", "modified w/z.txt"}},
         {"move", [](auto top) { fs::rename(top + "w/a.txt", top + "w/d/a.txt"); }, {"renamed w/a.txt -> w/d/a.txt"}},
         {"move over",
          [](auto top) { fs::rename(top + "w/a.txt", top + "w/b.txt"); },
