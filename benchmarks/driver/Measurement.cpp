@@ -63,6 +63,9 @@ BenchmarkResult resultOf(const Measurement& measurement) {
         result.smallestRatio = std::ranges::min(ratios);
         result.largestRatio = std::ranges::max(ratios);
     }
+    if (const double limit = measurement.limitUsage.processorTime.count(); limit > 0) {
+        result.processorRatio = result.processorSeconds / limit;
+    }
     result.isReached = isReached(measurement.target, result);
     return result;
 }

@@ -24,6 +24,8 @@ struct Measurement {
     std::vector<double> daemon{};
     std::vector<double> limit{}; // as many, or none where there is nothing to compare with
     Usage usage{};               // of the daemon, at the end
+    // Of the limit program, at the same moment after the same work; zero where the two cannot be compared.
+    Usage limitUsage{};
 };
 
 double quantile(std::vector<double> values, double fraction);
@@ -44,6 +46,7 @@ struct BenchmarkResult {
     std::optional<bool> isReached{};
     double peakMegabytes{};
     double processorSeconds{};
+    std::optional<double> processorRatio{}; // to the limit program's, which a busy machine moves less than time
 };
 
 template <>
@@ -59,6 +62,7 @@ inline constexpr auto recordFields<BenchmarkResult> = std::tuple{
     field("isReached", &BenchmarkResult::isReached),
     field("peakMegabytes", &BenchmarkResult::peakMegabytes),
     field("processorSeconds", &BenchmarkResult::processorSeconds),
+    field("processorRatio", &BenchmarkResult::processorRatio),
 };
 
 struct BenchmarkResults {

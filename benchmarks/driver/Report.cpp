@@ -39,16 +39,16 @@ std::string shortNumber(double number) {
 }
 
 void printHeading() {
-    std::printf("%-52s %-6s %9s %9s %7s %-19s %-12s %-8s %8s %8s\n", "job", "unit", "daemon", "limit", "ratio",
-                "smallest to largest", "target", "", "peak MB", "CPU s");
+    std::printf("%-52s %-6s %9s %9s %7s %-19s %-12s %-8s %8s %8s %9s\n", "job", "unit", "daemon", "limit", "ratio",
+                "smallest to largest", "target", "", "peak MB", "CPU s", "CPU ratio");
 }
 
 void print(const BenchmarkResult& result) {
-    std::printf("%-52s %-6s %9s %9s %7s %-19s %-12s %-8s %8s %8s\n", result.job.c_str(), result.unit.c_str(),
+    std::printf("%-52s %-6s %9s %9s %7s %-19s %-12s %-8s %8s %8s %9s\n", result.job.c_str(), result.unit.c_str(),
                 shortNumber(result.daemon).c_str(), optionalNumber(result.limit).c_str(),
                 optionalNumber(result.ratio).c_str(), range(result).c_str(), result.target.c_str(),
                 verdict(result.isReached).c_str(), shortNumber(result.peakMegabytes).c_str(),
-                shortNumber(result.processorSeconds).c_str());
+                shortNumber(result.processorSeconds).c_str(), optionalNumber(result.processorRatio).c_str());
     std::fflush(stdout);
 }
 

@@ -21,6 +21,7 @@ Measurements measureListFolder(const Programs& programs, std::size_t entryCount,
         daemon.waitUntilQuiet(Seconds{0.05});
         for (int number = 0; number < turns; ++number) turn(listing);
         first.usage = listing.usage = daemon.usage();
+        listing.limitUsage = limit.usage();
     }
     return {listing, first};
 }

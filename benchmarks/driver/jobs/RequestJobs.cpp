@@ -52,6 +52,7 @@ Measurements measureSmallRequests(const Programs& programs, int requestCount, in
         switches.daemon.push_back(static_cast<double>(daemon.usage().contextSwitches - switchesBefore) / requestCount);
     }
     rate.usage = switches.usage = daemon.usage();
+    rate.limitUsage = limit.usage();
     return {rate, switches};
 }
 

@@ -27,6 +27,7 @@ Measurements measureOpenText(const Programs& programs, std::size_t byteCount, in
         measurement.limit.push_back(milliseconds(timed([&] { limit.askAndSkip(path + '\n'); })));
     }
     measurement.usage = daemon.usage();
+    measurement.limitUsage = limit.usage();
     return {measurement};
 }
 
@@ -50,5 +51,6 @@ Measurements measureSaveText(const Programs& programs, std::size_t byteCount, in
         measurement.limit.push_back(milliseconds(limitTime));
     }
     measurement.usage = daemon.usage();
+    measurement.limitUsage = limit.usage();
     return {measurement};
 }
