@@ -14,8 +14,8 @@ class Collation {
 public:
     virtual ~Collation() = default;
 
-    // Names are ordered as the bytes of their keys are. Appended, because whoever sorts many names keeps all keys in one
-    // place.
+    // Names are ordered as the bytes of their keys are. Appended, because whoever sorts many names keeps all keys in
+    // one place.
     virtual void appendSortKey(std::string& keys, std::string_view name) const = 0;
 
     std::string sortKey(std::string_view name) const {
