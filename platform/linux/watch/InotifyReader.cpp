@@ -51,15 +51,24 @@ void InotifyReader::run() {
     while (true) {
         if (::poll(waiting.data(), waiting.size(), -1) < 0) continue;
         if (waiting[0].revents) return;
-        if (waiting[1].revents) readBlocks();
+        if (waiting[1].revents && readBlock() < blockSize / 2) waitForMore(waiting[0]);
         if (waiting[2].revents) call(mountsChanged);
     }
 }
 
-void InotifyReader::readBlocks() {
+std::size_t InotifyReader::readBlock() {
     alignas(8) std::array<char, blockSize> buffer;
     const ssize_t size = ::read(inotify, buffer.data(), buffer.size());
-    if (size > 0) keep({buffer.data(), static_cast<std::size_t>(size)});
+    if (size <= 0) return 0;
+    keep({buffer.data(), static_cast<std::size_t>(size)});
+    return static_cast<std::size_t>(size);
+}
+
+// Events come in bursts, and being woken for each of them costs more than all the rest. So short a time fills no queue
+// of the kernel, and nothing is told before things are quiet anyway.
+void InotifyReader::waitForMore(pollfd endingDescriptor) {
+    constexpr int milliseconds = 1;
+    ::poll(&endingDescriptor, 1, milliseconds);
 }
 
 void InotifyReader::keep(std::string_view block) {

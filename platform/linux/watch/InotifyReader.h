@@ -1,5 +1,7 @@
 #pragma once
 
+#include <poll.h>
+
 #include <cstddef>
 #include <deque>
 #include <functional>
@@ -29,7 +31,8 @@ public:
 
 private:
     void run();
-    void readBlocks();
+    std::size_t readBlock(); // returns its bytes
+    static void waitForMore(pollfd endingDescriptor);
     void keep(std::string_view block);
     void append(std::string_view block);
     void loseAll();

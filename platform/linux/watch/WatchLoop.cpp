@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::chrono::milliseconds startBudget{50}; // so long may whoever opens a tree wait for it
+constexpr std::chrono::milliseconds startBudget{45}; // whoever opens a tree waits for 50 at most
 constexpr std::chrono::milliseconds sliceBudget{5};
 constexpr std::chrono::seconds lingering{1};
 
