@@ -17,6 +17,7 @@ set(ConduitSharedHeaders
     shared/AutoWakeStoreSnapshot.h
     shared/ConduitSharedPaths.h
     shared/DecodingError.h
+    shared/EditorDocumentDaemonClient.h
     shared/EditorDocumentDaemonEnvelope.h
     shared/EditorDocumentDaemonRequest.h
     shared/EditorDocumentSnapshotPayload.h

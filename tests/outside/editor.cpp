@@ -1,15 +1,22 @@
 #include <iostream>
-#include <string>
 
-#include <shared/EditorDocumentDaemonEnvelope.h>
+#include <shared/EditorDocumentDaemonClient.h>
 #include <shared/RecordCoding.h>
 
 int main(int, char* arguments[]) {
-    const EditorDocumentDaemonRequest request{
-        .requestID = "1", .command = EditorDocumentRequestCommand::open, .path = arguments[1]};
-    std::cout << encodeRecord(request).value() << std::endl;
-    std::string line;
-    std::getline(std::cin, line);
-    const auto envelope = decodeRecord<EditorDocumentDaemonEnvelope>(line);
-    std::cerr << (envelope.snapshot ? envelope.snapshot->text : envelope.message.value_or("no text")) << '\n';
+    using Command = EditorDocumentRequestCommand;
+    EditorDocumentDaemonClient daemon;
+    daemon.onEvent = [](const auto& event) { std::cout << encodeRecord(event).value() << std::endl; };
+
+    daemon.ask({.command = Command::openWorkspace, .rootPath = arguments[1]});
+    const auto opened = daemon.ask({.command = Command::open, .path = arguments[2]});
+    if (!opened.snapshot) {
+        std::cerr << opened.message.value_or("no text") << '\n';
+        return 1;
+    }
+    daemon.ask({.command = Command::save,
+                .documentID = opened.snapshot->documentID,
+                .text = opened.snapshot->text + "All is well.\n",
+                .expectedVersion = opened.snapshot->version});
+    while (daemon.wait()) continue;
 }

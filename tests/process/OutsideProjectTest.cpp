@@ -62,11 +62,22 @@ TEST_F(OutsideProject, OfTheReadmeTalksToTheDaemon) {
     const auto buildFolder = script.find("build/release");
     ASSERT_NE(buildFolder, std::string::npos);
     script.replace(buildFolder, std::string("build/release").size(), BUILD_FOLDER);
+    // The program runs until it is interrupted. What it prints is waited for.
+    const std::string command = "build/editor ~/project ~/project/diary.txt\n";
+    const auto call = script.find(command);
+    ASSERT_NE(call, std::string::npos);
+    script.insert(call + command.size() - 1,
+                  " > printed &\n"
+                  "until grep -q well project/diary.txt; do :; done\n"
+                  "touch project/new.txt\n"
+                  "until grep -q /new.txt printed; do :; done\n"
+                  "kill $!");
 
     for (const char* file : {"CMakeLists.txt", "editor.cpp"})
         std::filesystem::copy_file(outsideFolder + file, home.path(file));
-    writeFile(home.path("diary.txt"), "Dear diary,");
-    EXPECT_TRUE(run(script).ends_with("\nDear diary,\n")) << readFile(home.path("log"));
+    writeFile(home.path("project/diary.txt"), "Dear diary,\n");
+    run(script);
+    EXPECT_EQ(readFile(home.path("project/diary.txt")), "Dear diary,\nAll is well.\n");
 }
 
 TEST_F(OutsideProject, IsFoundByPkgConfigWhereverTheInstalledFolderLies) {
@@ -85,14 +96,14 @@ TEST_F(OutsideProject, IsFoundByPkgConfigWhereverTheInstalledFolderLies) {
         for program in editor otherSide; do
             compile "$outside/$program.cpp" -o $program $(pkg-config --static --libs ConduitShared)
         done
-        mkfifo answers
-        for turn in 1 2; do ./editor /x < answers | ./otherSide > answers; done
+        mkdir bin && mv otherSide bin/EditorDocumentDaemon
+        for turn in 1 2; do PATH="$PWD/bin:$PATH" ./editor /x /x/y || test $? = 1; done
         compile "$outside/editor.cpp" -o whole -Wl,--whole-archive $(pkg-config --libs ConduitShared) \
             -Wl,--no-whole-archive -lsimdjson -pthread
     )");
-    EXPECT_EQ(output, "1\n2\n");
+    EXPECT_EQ(output, "2\n4\n");
     const std::string state = readFile(home.path(".local/share/marblefern/auto_wake_state.json"));
-    EXPECT_EQ(decodeRecord<AutoWakeStoreSnapshot>(state).events.size(), 2U);
+    EXPECT_EQ(decodeRecord<AutoWakeStoreSnapshot>(state).events.size(), 4U);
 }
 
 } // namespace
