@@ -35,3 +35,10 @@ build_preset() {
     echo "Building the $preset preset ..." >&2
     ninja -C "build/$preset" --quiet "$@" >&2 </dev/null
 }
+
+# Builds one of the programs for people, with the daemon. The release leaves them out unless it is asked for them.
+build_tool() {
+    grep -qs '^BUILD_TOOLS:BOOL=ON$' build/release/CMakeCache.txt ||
+        cmake --preset release -DBUILD_TOOLS=ON >/dev/null </dev/null
+    build_preset release EditorDocumentDaemon "$1"
+}

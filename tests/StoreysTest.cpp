@@ -45,11 +45,12 @@ TEST(Storeys, NoIncludeGoesUp) {
 
 TEST(Storeys, EveryFileHasItsPlace) {
     const StoreyByFile storeyByFile = storeys();
-    for (const char* wing : {"platform", "shared", "identity", "documents", "workspace", "watch", "daemon"}) {
+    for (const char* wing : {"platform", "shared", "identity", "documents", "workspace", "watch", "daemon", "tools"}) {
         const std::filesystem::path folder = std::filesystem::path(SOURCE_FOLDER) / wing;
         if (!std::filesystem::exists(folder)) continue;
         for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
-            if (!entry.is_regular_file() || entry.path().filename() == "main.cpp") continue;
+            const auto extension = entry.path().extension();
+            if ((extension != ".cpp" && extension != ".h") || entry.path().filename() == "main.cpp") continue;
             const std::string file = std::filesystem::relative(entry.path(), SOURCE_FOLDER).string();
             EXPECT_TRUE(storeyByFile.contains(file)) << file << " stands in no list";
         }
