@@ -5,6 +5,7 @@ pkg_check_modules(readline REQUIRED IMPORTED_TARGET readline)
 add_storey(5 EditorDocumentTools
     tools/PrintableText.cpp
     tools/PrintableText.h
+    tools/ShellWord.h
     tools/console/CommandWords.cpp
     tools/console/CommandWords.h
     tools/console/ComparableLines.cpp
@@ -31,11 +32,21 @@ add_storey(5 EditorDocumentTools
     tools/console/ShellCommand.h
     tools/console/WorkspaceTree.cpp
     tools/console/WorkspaceTree.h
+    tools/doctor/Abilities.cpp
+    tools/doctor/Abilities.h
+    tools/doctor/Finding.h
+    tools/doctor/FolderSurvey.cpp
+    tools/doctor/FolderSurvey.h
+    tools/doctor/WatchUsage.cpp
+    tools/doctor/WatchUsage.h
 )
 target_link_libraries(EditorDocumentTools
-    PUBLIC EditorDocumentRecords
+    PUBLIC EditorDocumentRecords EditorDocumentText
     PRIVATE ICU::uc PkgConfig::ncursesw PkgConfig::readline
 )
 
 add_executable(EditorDocumentConsole tools/console/main.cpp)
 target_link_libraries(EditorDocumentConsole PRIVATE EditorDocumentTools)
+
+add_executable(EditorDocumentDoctor tools/doctor/main.cpp)
+target_link_libraries(EditorDocumentDoctor PRIVATE EditorDocumentTools)

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "tools/ShellWord.h"
 #include "tools/console/CommandWords.h"
 #include "tools/console/ConsoleSession.h"
 #include "tools/console/ShellCommand.h"

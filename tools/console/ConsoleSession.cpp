@@ -5,6 +5,7 @@
 
 #include "platform/PlatformError.h"
 #include "shared/Whitespace.h"
+#include "tools/ShellWord.h"
 #include "tools/console/CommandWords.h"
 #include "tools/console/EnvelopeSummary.h"
 #include "tools/console/ShellCommand.h"

@@ -7,6 +7,7 @@
 
 #include "shared/EditorDocumentDaemonClient.h"
 #include "shared/RecordCoding.h"
+#include "tools/ShellWord.h"
 #include "tools/console/ComparableLines.h"
 #include "tools/console/ShellCommand.h"
 

@@ -23,12 +23,6 @@ int exitStatus(int status) {
 
 } // namespace
 
-std::string shellWord(std::string_view word) {
-    std::string result = "'";
-    for (const char character : word) result += character == '\'' ? "'\\''" : std::string(1, character);
-    return result + "'";
-}
-
 std::string editorCommand() {
     for (const char* variable : {"VISUAL", "EDITOR"}) {
         const char* value = std::getenv(variable);

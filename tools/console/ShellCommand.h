@@ -5,9 +5,6 @@
 #include <string>
 #include <string_view>
 
-// A word that the shell takes as it is.
-std::string shellWord(std::string_view word);
-
 // What the user edits texts with: $VISUAL, $EDITOR, or vi.
 std::string editorCommand();
 

@@ -81,10 +81,11 @@ void refuseForeignFolder(const std::string& path) {
     throw PlatformError(std::string(posixErrorDomain), EPERM, "“" + path + "” is not a folder of the user.");
 }
 
-TrashFolder ownTrash(const std::string& path, const std::string& topPath) {
-    if (::mkdir(path.c_str(), 0700) < 0 && errno != EEXIST) throw posixError(errno, "make the folder", path);
-    refuseForeignFolder(path);
-    return {path, topPath};
+const TrashFolder& ownTrash(const TrashFolder& place) {
+    if (::mkdir(place.path.c_str(), 0700) < 0 && errno != EEXIST)
+        throw posixError(errno, "make the folder", place.path);
+    refuseForeignFolder(place.path);
+    return place;
 }
 
 } // namespace
@@ -101,18 +102,26 @@ bool isOnVolumeOf(const TrashFolder& trash, const std::string& directoryPath) {
     return volumeOf(nearestFolder(trash.path)) == volumeOf(directoryPath);
 }
 
-TrashFolder volumeTrash(const std::string& directoryPath) {
+std::vector<TrashFolder> volumeTrashPlaces(const std::string& directoryPath) {
     const std::string topPath = volumeTop(directoryPath);
     const std::string user = std::to_string(::geteuid());
     const std::string sharedPath = joinedPath(topPath, ".Trash");
-    if (isSharedTrash(sharedPath)) {
+    const TrashFolder usersOwn{joinedPath(topPath, ".Trash-" + user), topPath};
+    if (!isSharedTrash(sharedPath)) return {usersOwn};
+    return {{joinedPath(sharedPath, user), topPath}, usersOwn};
+}
+
+TrashFolder volumeTrash(const std::string& directoryPath) {
+    const auto places = volumeTrashPlaces(directoryPath);
+    for (const TrashFolder& place : places) {
         try {
-            return ownTrash(joinedPath(sharedPath, user), topPath);
+            return ownTrash(place);
         } catch (const PlatformError&) {
-            // The user's own folder may still do.
+            // The next one may still do.
+            if (place == places.back()) throw;
         }
     }
-    return ownTrash(joinedPath(topPath, ".Trash-" + user), topPath);
+    return {};
 }
 
 void prepareTrash(const TrashFolder& trash) {

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/Environment.h"
 
@@ -22,6 +23,9 @@ std::optional<TrashFolder> homeTrash(const Environment& environment);
 // Whether the trash would lie on the volume on which the directory is, so that an item can be renamed into it. A folder
 // that does not exist yet lies where the nearest existing one above it lies.
 bool isOnVolumeOf(const TrashFolder& trash, const std::string& directoryPath);
+
+// Where the volume on which the directory (a path without links) is may have the user's trash, the better place first.
+std::vector<TrashFolder> volumeTrashPlaces(const std::string& directoryPath);
 
 // The trash of the volume on which the directory (a path without links) is, made for this user if need be.
 // Throws PlatformError with the reason when there is none that can be trusted or made.

@@ -58,6 +58,14 @@ void ICUCollation::appendSortKey(std::string& keys, std::string_view name) const
     keys += name;
 }
 
+ICUCollation::Locale ICUCollation::locale() const {
+    const UCollator* opened = openedCollator();
+    if (!opened) return {.wanted = localeName(environment)};
+    UErrorCode error = U_ZERO_ERROR;
+    const char* used = ucol_getLocaleByType(opened, ULOC_ACTUAL_LOCALE, &error);
+    return {.wanted = localeName(environment), .used = U_SUCCESS(error) && used ? used : "root"};
+}
+
 // Tried once: if a failure went away later, the order would change under the lists already shown.
 const UCollator* ICUCollation::openedCollator() const {
     if (!wasOpened) {

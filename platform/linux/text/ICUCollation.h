@@ -3,6 +3,7 @@
 #include <unicode/ucol.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/Collation.h"
@@ -17,6 +18,13 @@ public:
     explicit ICUCollation(const Environment& variables) : environment(variables) {}
 
     void appendSortKey(std::string& keys, std::string_view name) const override;
+
+    // Which language's order it is, for whoever wonders about it.
+    struct Locale {
+        std::string wanted{};              // as the environment names it; may be empty
+        std::optional<std::string> used{}; // as ICU names it; absent without ICU's data
+    };
+    Locale locale() const;
 
 private:
     struct Close {
