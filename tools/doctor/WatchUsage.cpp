@@ -78,7 +78,7 @@ std::vector<std::string> largestProcesses(const WatchUsage& usage) {
     }
     if (usage.unreadableCount > 0) {
         lines.push_back("Processes of this user that may not be looked at: " + std::to_string(usage.unreadableCount) +
-                        ". Root can.");
+                        ".");
     }
     // The kernel cuts the name.
     if (std::ranges::count(usage.processes, "EditorDocumentD", &ProcessWatches::name) > 0)
