@@ -55,7 +55,7 @@ std::string_view takeCharacter(std::string_view& text) {
 } // namespace
 
 TerminalCharacters charactersOfTerminal() {
-    std::setlocale(LC_ALL, "");
+    std::setlocale(LC_CTYPE, "");
     return std::string_view(::nl_langinfo(CODESET)) == "UTF-8" ? TerminalCharacters::all : TerminalCharacters::ascii;
 }
 

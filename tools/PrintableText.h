@@ -10,7 +10,7 @@
 
 enum class TerminalCharacters { ascii, all };
 
-// What the terminal understands by LC_ALL, LC_CTYPE or LANG. Sets the locale of the process.
+// What the terminal understands by LC_ALL, LC_CTYPE or LANG. Sets the locale of the process for characters.
 TerminalCharacters charactersOfTerminal();
 
 std::string printable(std::string_view text, TerminalCharacters characters = TerminalCharacters::all);
