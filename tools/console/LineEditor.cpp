@@ -103,7 +103,9 @@ LineEditor::LineEditor(Hooks hooks, const std::string& historyPath) {
     ::rl_completion_display_matches_hook = showCandidates;
     ::rl_basic_word_break_characters = " ";
     ::rl_completer_word_break_characters = const_cast<char*>(" ");
-    ::rl_completer_quote_characters = "'";
+    // readline asks whether a blank is escaped only where there are quotes; it is not to know ours, since a candidate
+    // is written with backslashes.
+    ::rl_completer_quote_characters = "\x01";
     ::rl_char_is_quoted_p = isQuoted;
     ::rl_variable_bind("show-all-if-ambiguous", "on"); // the user's own settings come after it
     ::rl_initialize();

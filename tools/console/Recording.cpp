@@ -1,8 +1,11 @@
 #include "tools/console/Recording.h"
 
+#include <fcntl.h>
+
 #include <cerrno>
 
 #include "platform/PlatformError.h"
+#include "platform/linux/Descriptor.h"
 #include "shared/FileNameText.h"
 
 namespace {
@@ -11,7 +14,10 @@ constexpr std::string_view firstLine = "# A session with EditorDocumentDaemon in
 
 } // namespace
 
-Recording::Recording(const std::string& filePath, const std::string& folderPath) : file(filePath, std::ios::binary) {
+// For the user's eyes only, as the documents may be.
+Recording::Recording(const std::string& filePath, const std::string& folderPath) {
+    const Descriptor made(::open(filePath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+    file.open(filePath, std::ios::binary);
     file << firstLine << textFromFileName(folderPath) << std::endl;
     if (!file) throw posixError(errno, "write the recording", filePath);
 }
