@@ -10,7 +10,7 @@
 namespace {
 
 TEST(WireSchema, CommittedFilesAreWhatTheRecordsSay) {
-    const std::string advice = "run build/dev/tools/schema/MakeWireSchema schema";
+    const std::string advice = "run build/dev/MakeWireSchema schema";
     const std::string folder = std::string(SOURCE_FOLDER) + "/schema/";
     EXPECT_EQ(readFile(folder + "request.schema.json"), requestSchema()) << advice;
     EXPECT_EQ(readFile(folder + "envelope.schema.json"), envelopeSchema()) << advice;
