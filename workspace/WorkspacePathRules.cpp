@@ -17,13 +17,19 @@ std::string expandingTilde(std::string_view path, const FileManager& fileManager
     return *home + std::string(path.substr(nameEnd));
 }
 
+// The names that every directory has, also one that is still to be made.
+bool isNameOfEveryDirectory(std::string_view name) {
+    return name == "." || name == "..";
+}
+
 // A name is taken also by a link that leads nowhere.
 template <typename NameForCounter>
 std::string firstFreePath(std::string_view directoryPath, const FileManager& fileManager,
                           NameForCounter nameForCounter) {
     for (unsigned counter = 0;; ++counter) {
-        std::string path = appendingPathComponent(directoryPath, nameForCounter(counter));
-        if (!fileManager.itemExists(path)) return path;
+        const std::string name = nameForCounter(counter);
+        std::string path = appendingPathComponent(directoryPath, name);
+        if (!isNameOfEveryDirectory(name) && !fileManager.itemExists(path)) return path;
     }
 }
 

@@ -121,6 +121,9 @@ TEST_F(WorkspacePathRules, UniqueCreationPath) {
     for (const auto& row : cases) {
         EXPECT_EQ(uniqueCreationPath(root(), row.proposedName, fileManager), path(row.name)) << row.proposedName;
     }
+    // In a folder that is still to be made, "." and ".." are as little free as in any other.
+    EXPECT_EQ(uniqueCreationPath(path("missing"), ".", fileManager), path("missing/.1"));
+    EXPECT_EQ(uniqueCreationPath(path("missing"), "..", fileManager), path("missing/..1"));
 }
 
 TEST_F(WorkspacePathRules, UniqueDuplicatePath) {

@@ -1,0 +1,38 @@
+// A watcher of a disk in memory. What happens on the disk, and when the watcher is told, follows from the input, and in
+// the end it has told everything. With the first byte odd it is also handed records that no kernel wrote; then it need
+// only live, come to rest and let go of all that it watched.
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "fuzz/Require.h"
+#include "tests/platform/watch/WatchGame.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size == 0 || size > 2048) return 0;
+    std::string_view input(reinterpret_cast<const char*>(data), size);
+    const bool isDeceived = input[0] & 1;
+    const bool losesEvents = input[0] & 2;
+    input.remove_prefix(1);
+    // The end of the input is what nobody wrote.
+    std::string_view deception;
+    if (isDeceived) {
+        deception = input.substr(input.size() / 2);
+        input.remove_suffix(deception.size());
+    }
+    std::size_t position = 0;
+    const auto choose = [&]() -> std::uint64_t {
+        return position < input.size() ? static_cast<unsigned char>(input[position++]) : 0;
+    };
+    WatchGame game(choose, losesEvents);
+    do {
+        game.playRound();
+        require(isDeceived || game.complaint().empty(), game.complaint());
+        game.deceive(deception.substr(0, 48));
+        deception.remove_prefix(std::min<std::size_t>(deception.size(), 48));
+    } while (position < input.size() || !deception.empty());
+    require(game.watchesLeftBehind() == 0, "watches were left behind");
+    return 0;
+}

@@ -1,0 +1,234 @@
+#include "tests/platform/watch/WatchGame.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "tests/platform/watch/Told.h"
+
+namespace {
+
+using std::chrono::microseconds;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+bool isAtOrBelow(const std::string& path, const std::string& directory) {
+    return path == directory || path.starts_with(directory + "/");
+}
+
+std::string parentOf(const std::string& path) {
+    return path.substr(0, path.rfind('/'));
+}
+
+std::string joined(const std::set<std::string>& paths) {
+    std::string text;
+    for (const std::string& path : paths) text += " " + path;
+    return text;
+}
+
+} // namespace
+
+void Keeper::enter(const std::string& directory) {
+    for (const std::string& each : look(directory)) enter(each);
+}
+
+void Keeper::apply(const EventStreamBatch& batch) {
+    using namespace EventStreamFlag;
+    for (std::size_t i = 0; i < batch.size(); ++i) {
+        const std::string& path = *batch[i].path;
+        if (batch[i].flags & itemRenamed) {
+            const std::string& newPath = *batch.at(++i).path;
+            if (batch[i].flags & itemIsDir)
+                rename(path, newPath);
+            else
+                forget(path), forget(newPath), items.insert(newPath);
+        } else if (batch[i].flags & itemRemoved) {
+            forget(path);
+        } else if (batch[i].flags & (itemCreated | itemModified)) {
+            if (batch[i].flags & itemIsFile) forget(path); // it may have been taken for a directory
+            items.insert(path);
+            if (batch[i].flags & itemIsDir) enter(path);
+        } else if (batch[i].flags == 0 && items.contains(path)) {
+            look(path);
+        }
+    }
+}
+
+std::vector<std::string> Keeper::look(const std::string& directory) {
+    std::set<std::string> entries;
+    if (!disk.isDirectory(directory)) return {};
+    for (const std::string& path : disk.paths()) {
+        if (parentOf(path) == directory) entries.insert(path);
+    }
+    std::vector<std::string> gone;
+    for (const std::string& path : items) {
+        if (parentOf(path) == directory && !entries.contains(path)) gone.push_back(path);
+    }
+    for (const std::string& path : gone) forget(path);
+    std::vector<std::string> known;
+    for (const std::string& path : entries) {
+        if (!disk.isDirectory(path)) forget(path); // with what was in a directory that was there
+        const bool isNew = items.insert(path).second;
+        if (!disk.isDirectory(path)) continue;
+        if (isNew)
+            enter(path);
+        else
+            known.push_back(path);
+    }
+    return known;
+}
+
+void Keeper::forget(const std::string& path) {
+    std::erase_if(items, [&](const std::string& each) { return isAtOrBelow(each, path); });
+}
+
+void Keeper::rename(const std::string& path, const std::string& newPath) {
+    std::set<std::string> moved{newPath};
+    for (const std::string& each : items) {
+        if (isAtOrBelow(each, path)) moved.insert(newPath + each.substr(path.size()));
+    }
+    forget(path);
+    forget(newPath);
+    items.insert(moved.begin(), moved.end());
+    for (const std::string& each : moved) look(each);
+}
+
+WatchGame::WatchGame(std::function<std::uint64_t()> choices, bool losesEvents)
+    : isLossy(losesEvents),
+      choose(std::move(choices)),
+      watcher(disk, {.quiet = milliseconds(1), .hold = milliseconds(6), .cap = milliseconds(14)}) {
+    for (const char* path : {"/w", "/out", "/w/a", "/w/a/b", "/w/c", "/w/c/a"}) disk.makeDirectory(path);
+    watcher.setRoots({"/w"});
+    settle();
+    keeper.enter("/w");
+    look();
+    disk.beforeEachCall = [this] {
+        disk.time += microseconds(choose() % 50);
+        if (isRough && choose() % 12 == 0) operate();
+    };
+}
+
+void WatchGame::playRound() {
+    story.clear();
+    isRough = choose() % 3 != 0;
+    for (std::size_t steps = 5 + choose() % 30; steps > 0; --steps) {
+        const auto choice = choose() % 10;
+        if (choice < 5)
+            operate();
+        else if (choice < 8)
+            deliver(choose() % 6);
+        else
+            pass(milliseconds(choose() % 8));
+    }
+    isRough = false;
+    settle();
+}
+
+std::string WatchGame::complaint() const {
+    std::set<std::string> present, unwatched;
+    for (const std::string& path : disk.paths()) {
+        if (!isAtOrBelow(path, "/w")) continue;
+        present.insert(path);
+        if (disk.isDirectory(path) && !disk.isWatched(path)) unwatched.insert(path);
+    }
+    if (keeper.items == present && unwatched.empty()) return {};
+    return "on disk" + joined(present) + "\nbelieved" + joined(keeper.items) + "\nunwatched" + joined(unwatched) +
+           "\nstory" + story;
+}
+
+std::size_t WatchGame::watchesLeftBehind() {
+    watcher.setRoots({});
+    return disk.watchCount();
+}
+
+std::string WatchGame::any(const std::string& top, bool directoriesOnly) {
+    std::vector<std::string> candidates;
+    for (const std::string& path : disk.paths()) {
+        if (isAtOrBelow(path, top) && (!directoriesOnly || disk.isDirectory(path))) candidates.push_back(path);
+    }
+    return candidates[choose() % candidates.size()];
+}
+
+bool WatchGame::hasEntries(const std::string& path) const {
+    const auto all = disk.paths();
+    const auto next = all.upper_bound(path + "/");
+    return next != all.end() && isAtOrBelow(*next, path);
+}
+
+void WatchGame::operate() {
+    const std::string item = any(anyTop(), false);
+    const std::string place = any(anyTop(), true) + "/" + std::string(1, static_cast<char>('a' + choose() % 4));
+    const bool isTop = item == "/w" || item == "/out";
+    const auto choice = choose() % 10;
+    if (choice < 2) {
+        if (disk.exists(place)) return;
+        note("mkdir " + place);
+        disk.makeDirectory(place);
+    } else if (choice < 4) {
+        if (disk.isDirectory(place)) return;
+        note("write " + place);
+        if (!disk.exists(place)) disk.createFile(place);
+        disk.writeFile(place);
+        if (choose() % 4 != 0) disk.closeFile(place);
+    } else if (choice < 5) {
+        if (isTop) return;
+        note("rm " + item);
+        disk.remove(item);
+    } else if (choice < 9) {
+        if (isTop || isAtOrBelow(place, item)) return;
+        if (disk.exists(place) && (disk.isDirectory(place) != disk.isDirectory(item) || hasEntries(place))) return;
+        note("mv " + item + " " + place);
+        disk.move(item, place);
+    } else {
+        if (isTop || !disk.exists(place) || isAtOrBelow(place, item) || isAtOrBelow(item, place)) return;
+        note("exchange " + item + " " + place);
+        disk.exchange(item, place);
+    }
+}
+
+void WatchGame::deliver(std::size_t count) {
+    if (isLossy && choose() % 12 == 0) {
+        note("loss");
+        unread.clear();
+        disk.loseBlock();
+    }
+    unread += disk.takeBlock();
+    std::size_t size = 0;
+    for (; count > 0 && size < unread.size(); --count) {
+        std::uint32_t nameSize = 0;
+        std::memcpy(&nameSize, unread.data() + size + 12, sizeof nameSize);
+        size += 16 + nameSize;
+    }
+    const std::string block = unread.substr(0, size);
+    unread.erase(0, size);
+    watcher.handleBlock(block);
+}
+
+void WatchGame::pass(std::chrono::nanoseconds time) {
+    watcher.crawl(microseconds(choose() % 200));
+    disk.time += time;
+    const EventStreamBatch batch = watcher.advance();
+    if (batch.empty()) return;
+    for (const std::string& telling : told(batch)) note("told " + telling);
+    keeper.apply(batch);
+    look();
+}
+
+void WatchGame::look() {
+    EventStreamInterest interest;
+    for (const std::string& path : keeper.items) {
+        if (disk.isDirectory(path)) interest.directoryPaths.push_back(path);
+    }
+    watcher.setInterest(interest);
+}
+
+void WatchGame::settle() {
+    for (const WatchTime end = disk.time + seconds(12); disk.time < end;) {
+        deliver(1'000'000);
+        watcher.crawl(seconds(1));
+        pass(milliseconds(3));
+        const auto now = watcher.statistics();
+        if (now.pendingNames > 0 || now.waiting > 0) continue;
+        disk.time = std::max(disk.time, *watcher.nextDeadline());
+    }
+}

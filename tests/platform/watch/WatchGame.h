@@ -1,0 +1,74 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/linux/watch/TreeWatcher.h"
+#include "tests/platform/watch/FakeDisk.h"
+
+// Learns of changes by notifications alone. Does what is expected of whoever loads directories: looks into one that
+// appears or is renamed, and again into one that is named without flags.
+class Keeper {
+public:
+    explicit Keeper(const FakeDisk& fakeDisk) : disk(fakeDisk) {}
+
+    // Looks through the directory and all below it.
+    void enter(const std::string& directory);
+    void apply(const EventStreamBatch& batch);
+
+    std::set<std::string> items{"/w"};
+
+private:
+    // Takes the entries of the directory for all that is in it. Enters new ones; returns the directories among the
+    // others.
+    std::vector<std::string> look(const std::string& directory);
+    void forget(const std::string& path);
+    void rename(const std::string& path, const std::string& newPath);
+
+    const FakeDisk& disk;
+};
+
+// A watcher of a disk on which things happen before every call that it makes, with events that arrive late, and events
+// that never do. All of it follows from the choices, numbers of which only the rest of a division by something small
+// counts.
+class WatchGame {
+public:
+    WatchGame(std::function<std::uint64_t()> choices, bool losesEvents);
+
+    void playRound();
+
+    // What is wrong with the keeper's picture now that everything has been told, and how it came to that; empty when
+    // all is right.
+    std::string complaint() const;
+
+    // Hands the watcher a block that no kernel wrote.
+    void deceive(std::string_view block) { watcher.handleBlock(block); }
+
+    // Ends the watching; what is still watched then was forgotten.
+    std::size_t watchesLeftBehind();
+
+private:
+    void note(const std::string& text) { story += "\n  " + text; }
+    std::string any(const std::string& top, bool directoriesOnly);
+    std::string anyTop() { return choose() % 6 == 0 ? "/out" : "/w"; }
+    bool hasEntries(const std::string& path) const;
+    void operate();
+    void deliver(std::size_t count);
+    void pass(std::chrono::nanoseconds time);
+    void look();
+    void settle();
+
+    const bool isLossy;
+    const std::function<std::uint64_t()> choose;
+    bool isRough = false;
+    FakeDisk disk{};
+    TreeWatcher watcher;
+    Keeper keeper{disk};
+    std::string unread{};
+    std::string story{};
+};
