@@ -69,7 +69,11 @@ void checkPlaces(const EditorDocumentDaemonRequest& request, const FileManager& 
         return uniqueCreationPath(creationAnchorDirectoryPath(request, "/w", files),
                                   requestedWorkspaceItemName(request, "untitled"), files);
     });
-    checkPlace(files, [&] { return uniqueDuplicatePath(requiredItemPath(request, files), "/w", files); });
+    // A duplicate lies beside its source, and so that of the root outside of it.
+    checkPlace(files, [&] {
+        const std::string item = requiredItemPath(request, files);
+        return item == "/w" ? "/w/duplicate" : uniqueDuplicatePath(item, "/w", files);
+    });
     try {
         const std::string item = requiredItemPath(request, files);
         require(isAtOrWithin(resolvedDestinationPath(request, item, "/w", SourceWithinRoot::notRequired, files), "/w"),

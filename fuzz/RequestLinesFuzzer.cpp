@@ -20,6 +20,14 @@ namespace {
 
 constexpr std::size_t stepLimit = 40;
 
+// Those that can fail; the others answer no instead.
+constexpr FileOperation operations[] = {
+    FileOperation::attributesOfItem,   FileOperation::contentsOfFile, FileOperation::contentsOfDirectory,
+    FileOperation::createDirectory,    FileOperation::createFile,     FileOperation::currentDirectoryPath,
+    FileOperation::prepareReplacement, FileOperation::moveItem,       FileOperation::copyItem,
+    FileOperation::trashItem,          FileOperation::removeItem,
+};
+
 std::vector<std::string> split(std::string_view bytes, char separator) {
     std::vector<std::string> parts(1);
     for (const char byte : bytes) {
@@ -66,7 +74,6 @@ void happening(FuzzedDaemon& daemon, const std::vector<std::string>& parts) {
     const std::string path = part(parts, 1).value_or("/w/x.txt");
     const std::string other = part(parts, 2).value_or("/w/new");
     const bool isTold = (kind & 0x20) != 0;
-    constexpr std::uint32_t operationCount = static_cast<std::uint32_t>(FileOperation::removeItem) + 1;
     switch (kind | 0x20) {
         case 'w':
             return daemon.write(path, other, isTold);
@@ -83,7 +90,7 @@ void happening(FuzzedDaemon& daemon, const std::vector<std::string>& parts) {
         case 's':
             return daemon.settle();
         case 'f':
-            return daemon.failLater(static_cast<FileOperation>(number(parts, 1) % operationCount),
+            return daemon.failLater(operations[number(parts, 1) % std::size(operations)],
                                     static_cast<int>(number(parts, 2) % 20) + 1);
         default:
             return;

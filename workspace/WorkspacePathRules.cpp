@@ -75,7 +75,8 @@ std::string creationAnchorDirectoryPath(const EditorDocumentDaemonRequest& reque
     const std::string_view requested = request.path ? trimmed(*request.path) : rootPath;
     std::string path = normalizedPath(requested, fileManager);
     requirePath(path, rootPath);
-    return fileManager.isDirectory(path) ? path : parentPath(path);
+    // The root is one even if it has just gone; what is beside it lies outside.
+    return path == rootPath || fileManager.isDirectory(path) ? path : parentPath(path);
 }
 
 std::string uniqueCreationPath(std::string_view directoryPath, std::string_view proposedName,

@@ -12,7 +12,6 @@
 #include <thread>
 
 #include "platform/PlatformError.h"
-#include "platform/linux/TemporaryName.h"
 #include "platform/linux/files/StableRead.h"
 #include "tests/support/DirectorySnapshot.h"
 #include "tests/support/Files.h"
@@ -44,118 +43,6 @@ Trace traceSave(const std::string& path, const std::vector<SystemCallFault>& fau
         faults);
 }
 
-// A way through the save: a directory to begin with, and a fault that is always there and opens the way.
-struct Course {
-    const char* name;
-    bool hasOldFile;
-    bool throughLink;
-    SystemCallFault standingFault{};
-    TraceEnding ending = TraceEnding::returned;
-};
-
-const Course courses[] = {
-    {"a new file", false, false},
-    {"an existing file", true, false},
-    {"through a link", true, true},
-    {"through a link that leads nowhere", false, true},
-    {"a file system without unnamed files", true, false, {2, FaultKind::fail, EOPNOTSUPP, {}, "openat"}},
-    {"a new file without unnamed files", false, false, {2, FaultKind::fail, EISDIR, {}, "openat"}},
-    {"a system without /proc", true, false, {1, FaultKind::fail, ENOENT, {}, "linkat"}},
-    {"a full disk", true, false, {1, FaultKind::fail, ENOSPC, {}, "write"}, TraceEnding::threw},
-    {"a refused replacement", true, false, {1, FaultKind::fail, EACCES, {}, "renameat"}, TraceEnding::threw},
-};
-
-class SavedDirectory {
-public:
-    explicit SavedDirectory(Course taken) : course(std::move(taken)) {
-        if (course.hasOldFile) {
-            writeFile(directory.path("file"), oldBytes);
-            ::chmod(directory.path("file").c_str(), 0640);
-            ::setxattr(directory.path("file").c_str(), "user.tag", "value", 5, 0);
-        }
-        if (course.throughLink) std::filesystem::create_symlink("file", directory.path("link"));
-        before = snapshotOf(directory.path());
-    }
-
-    std::string path() const { return directory.path(course.throughLink ? "link" : "file"); }
-
-    Trace save(const SystemCallFault& fault) const { return traceSave(path(), {fault, course.standingFault}); }
-
-    // What lies there now, without the temporaries, of which there may be so many and no more.
-    DirectorySnapshot entries(std::size_t temporariesAllowed) const {
-        DirectorySnapshot now = snapshotOf(directory.path());
-        const std::size_t temporaries =
-            std::erase_if(now, [](const auto& entry) { return isTemporarySaveName(entry.first); });
-        EXPECT_LE(temporaries, temporariesAllowed);
-        return now;
-    }
-
-    void expectUntouched(std::size_t temporariesAllowed) const { EXPECT_EQ(entries(temporariesAllowed), before); }
-
-    void expectSaved(std::size_t temporariesAllowed) const {
-        DirectorySnapshot now = entries(temporariesAllowed);
-        EXPECT_EQ(readFile(directory.path("file")), newBytes);
-        DirectorySnapshot others = before;
-        now.erase("file");
-        others.erase("file");
-        EXPECT_EQ(now, others);
-    }
-
-    bool isUntouched() const {
-        const bool isThere = std::filesystem::exists(directory.path("file"));
-        return isThere == course.hasOldFile && (!isThere || readFile(directory.path("file")) == oldBytes);
-    }
-
-private:
-    const Course course;
-    TemporaryDirectory directory;
-    DirectorySnapshot before;
-};
-
-TEST(AtomicSave, ASaveKilledAtAnyCallLeavesTheOldFileOrTheNew) {
-    if (!canTraceSystemCalls()) GTEST_SKIP() << "this system allows no tracing";
-    for (const Course& course : courses) {
-        for (std::size_t call = 1;; ++call) {
-            SCOPED_TRACE(std::string(course.name) + ", killed at call " + std::to_string(call));
-            const SavedDirectory directory(course);
-            const Trace trace = directory.save({.call = call, .kind = FaultKind::kill});
-            if (trace.calls.size() < call) {
-                EXPECT_EQ(trace.ending, course.ending) << trace.message;
-                break;
-            }
-            if (directory.isUntouched())
-                directory.expectUntouched(1);
-            else
-                directory.expectSaved(1);
-        }
-    }
-}
-
-TEST(AtomicSave, ASaveWhoseAnyCallFailsSucceedsOrLeavesEverythingAsItWas) {
-    if (!canTraceSystemCalls()) GTEST_SKIP() << "this system allows no tracing";
-    const int errors[] = {EIO, ENOSPC, EACCES, EPERM, EINTR, EINVAL, EOPNOTSUPP, ENOENT, EEXIST};
-    for (const Course& course : courses) {
-        for (const int error : errors) {
-            for (std::size_t call = 1;; ++call) {
-                const SavedDirectory directory(course);
-                const Trace trace = directory.save({.call = call, .kind = FaultKind::fail, .errorNumber = error});
-                if (trace.calls.size() < call) break;
-                if (error == ENOENT && trace.calls[call - 1].ends_with("stat")) continue; // an answer, not a failure
-                SCOPED_TRACE(std::string(course.name) + ", call " + std::to_string(call) + " " + trace.calls[call - 1] +
-                             ": " + std::strerror(error));
-                // Only a removal that itself fails may leave a temporary behind.
-                const std::size_t temporaries = trace.calls[call - 1] == "unlinkat" ? 1 : 0;
-                if (trace.ending == TraceEnding::threw) {
-                    directory.expectUntouched(temporaries);
-                    EXPECT_EQ(trace.message.find("Cannot save “" + directory.path() + "”: "), 0u) << trace.message;
-                } else {
-                    directory.expectSaved(temporaries);
-                }
-            }
-        }
-    }
-}
-
 TEST(AtomicSave, FailuresThatCostTheFileAreReportedAndOthersAreNot) {
     if (!canTraceSystemCalls()) GTEST_SKIP() << "this system allows no tracing";
     struct Row {
@@ -185,7 +72,10 @@ TEST(AtomicSave, FailuresThatCostTheFileAreReportedAndOthersAreNot) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        const Trace trace = SavedDirectory(courses[1]).save({1, FaultKind::fail, row.error, {}, row.call});
+        const TemporaryDirectory directory;
+        writeFile(directory.path("file"), oldBytes);
+        ::setxattr(directory.path("file").c_str(), "user.tag", "value", 5, 0);
+        const Trace trace = traceSave(directory.path("file"), {{1, FaultKind::fail, row.error, {}, row.call}});
         if (std::ranges::count(trace.calls, row.call) == 0) continue; // no attributes on this file system
         EXPECT_EQ(trace.ending, row.ending) << trace.message;
         EXPECT_EQ(trace.errorNumber, row.ending == TraceEnding::threw ? row.error : 0);
@@ -350,10 +240,13 @@ TEST(AtomicSave, AnOrdinaryUserGetsNoMoreThanTheFoldersAllow) {
 // In shared folders the kernel does not follow a link that belongs neither to the user nor to the folder's owner.
 TEST(AtomicSave, ALinkThatTheKernelRefusesToFollowIsNotFollowedByHand) {
     if (!canTraceSystemCalls()) GTEST_SKIP() << "this system allows no tracing";
-    const SavedDirectory directory({"", true, true});
-    const Trace trace = directory.save({1, FaultKind::fail, EACCES, {}, "stat"});
+    const TemporaryDirectory directory;
+    writeFile(directory.path("file"), oldBytes);
+    std::filesystem::create_symlink("file", directory.path("link"));
+    const DirectorySnapshot before = snapshotOf(directory.path());
+    const Trace trace = traceSave(directory.path("link"), {{1, FaultKind::fail, EACCES, {}, "stat"}});
     EXPECT_EQ(trace.errorNumber, EACCES) << trace.message;
-    directory.expectUntouched(0);
+    EXPECT_EQ(snapshotOf(directory.path()), before);
 }
 
 // An access control list in the form in which the kernel hands it out.

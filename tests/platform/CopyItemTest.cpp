@@ -9,7 +9,6 @@
 #include <filesystem>
 
 #include "platform/PlatformError.h"
-#include "platform/linux/TemporaryName.h"
 #include "platform/linux/files/RemoveItem.h"
 #include "tests/support/DeepFolder.h"
 #include "tests/support/Files.h"
@@ -279,119 +278,6 @@ TEST(CopyItem, ACopyOfReadOnlyFoldersIsUndoneByAnOrdinaryUserToo) {
         {{1, FaultKind::fail, EIO, {}, "renameat2"}});
     EXPECT_EQ(trace.message, std::to_string(EIO));
     EXPECT_TRUE(fs::is_empty(directory.path("target")));
-}
-
-// One way through the copy: what is copied, and a fault that is always there and opens the way.
-struct Course {
-    const char* name;
-    const char* source;
-    SystemCallFault standingFault{};
-};
-
-const Course courses[] = {
-    {"a tree", "tree"},
-    {"a file", "tree/file"},
-    {"a link", "tree/link"},
-    {"a FIFO", "tree/fifo"},
-    {"a file without unnamed files", "tree/file", {1, FaultKind::fail, EOPNOTSUPP, {}, "openat"}},
-    {"a file without /proc", "tree/file", {1, FaultKind::fail, ENOENT, {}, "linkat"}},
-    {"a file without sharing of blocks", "tree/file", {1, FaultKind::fail, EXDEV, {}, "copy_file_range"}},
-    {"a file without knowledge of holes", "tree/holes", {1, FaultKind::fail, EINVAL, {}, "lseek"}},
-    {"no way to keep a taken name", "tree/link", {1, FaultKind::fail, EINVAL, {}, "renameat2"}},
-};
-
-class CopiedDirectory {
-public:
-    explicit CopiedDirectory(const Course& taken) : course(taken) {
-        makeSource();
-        before = portraitOf(path("tree"));
-    }
-
-    Trace copy(const SystemCallFault& fault) const {
-        return traceSystemCalls(
-            [&] {
-                copyItem(path(course.source), path("copy"));
-                return std::string();
-            },
-            {fault, course.standingFault});
-    }
-
-    // The destination is complete or not there, the source untouched, and there are so many temporaries at most.
-    // Returns whether the copy is there.
-    bool expectAllOrNothing(std::size_t temporariesAllowed) const {
-        EXPECT_EQ(portraitOf(path("tree")), before);
-        std::size_t temporaries = 0;
-        for (const auto& entry : fs::directory_iterator(disk.path)) {
-            const std::string name = entry.path().filename();
-            if (isTemporarySaveName(name))
-                ++temporaries;
-            else
-                EXPECT_TRUE(name == "tree" || name == "copy") << name;
-        }
-        EXPECT_LE(temporaries, temporariesAllowed);
-        const ItemPortrait copied = portraitOf(path("copy"));
-        if (copied.empty()) return false;
-        EXPECT_EQ(copied, portraitOf(path(course.source)));
-        return true;
-    }
-
-private:
-    std::string path(const std::string& name) const { return disk.path + "/" + name; }
-
-    void makeSource() const {
-        writeFile(path("tree/file"), "text");
-        ::setxattr(path("tree/file").c_str(), "user.tag", "value", 5, 0);
-        writeFile(path("tree/inner/file"), "inner");
-        makeFileWithHoles(path("tree/holes"), 1 << 15);
-        fs::create_symlink("file", path("tree/link"));
-        ASSERT_EQ(::mkfifo(path("tree/fifo").c_str(), 0600), 0);
-        ASSERT_EQ(::chmod(path("tree/inner").c_str(), 0555), 0);
-    }
-
-    const Course& course;
-    const TemporaryDirectory directory;
-    const MountedDisk disk{directory.path("disk")}; // for speed; any other place will do
-    ItemPortrait before;
-};
-
-TEST(CopyItem, ACopyKilledAtAnyCallIsThereAsAWholeOrNotAtAll) {
-    if (!canTraceSystemCalls()) GTEST_SKIP() << "this system allows no tracing";
-    for (const Course& course : courses) {
-        for (std::size_t call = 1;; ++call) {
-            SCOPED_TRACE(std::string(course.name) + ", killed at call " + std::to_string(call));
-            const CopiedDirectory directory(course);
-            const Trace trace = directory.copy({.call = call, .kind = FaultKind::kill});
-            if (trace.calls.size() < call) break;
-            directory.expectAllOrNothing(1);
-        }
-    }
-}
-
-// What of a copy may fail without harm: an attribute that the file system or the user's rights do not allow, and calls
-// that have a second way. The test of what is kept is that of the copies above.
-bool mayLeaveOut(const std::string& call, int error) {
-    return (error == EPERM || error == EOPNOTSUPP) &&
-           (call == "fchown" || call == "fchownat" || call == "fchmod" || call == "fchmodat" || call == "fsetxattr" ||
-            call == "flistxattr");
-}
-
-TEST(CopyItem, ACopyWhoseAnyCallFailsSucceedsOrLeavesNothing) {
-    if (!canTraceSystemCalls()) GTEST_SKIP() << "this system allows no tracing";
-    for (const Course& course : courses) {
-        for (const int error : {EIO, EPERM, EINTR, EINVAL, EOPNOTSUPP, ENOENT, EEXIST}) {
-            for (std::size_t call = 1;; ++call) {
-                const CopiedDirectory directory(course);
-                const Trace trace = directory.copy({.call = call, .kind = FaultKind::fail, .errorNumber = error});
-                if (trace.calls.size() < call) break;
-                const std::string& name = trace.calls[call - 1];
-                SCOPED_TRACE(std::string(course.name) + ", call " + std::to_string(call) + " " + name + ": " +
-                             std::strerror(error) + ": " + trace.message);
-                if (trace.ending == TraceEnding::returned && mayLeaveOut(name, error)) continue;
-                const bool isThere = directory.expectAllOrNothing(0);
-                EXPECT_EQ(isThere, trace.ending == TraceEnding::returned);
-            }
-        }
-    }
 }
 
 } // namespace

@@ -5,18 +5,15 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <map>
 
 #include "platform/PlatformError.h"
-#include "platform/linux/TemporaryName.h"
 #include "platform/linux/files/TrashName.h"
 #include "tests/support/Files.h"
 #include "tests/support/ItemPortrait.h"
 #include "tests/support/MountedDisk.h"
-#include "tests/support/SystemCallTracer.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace {
@@ -298,74 +295,6 @@ TEST(Trash, WhereNothingWorksTheMessageSaysWhy) {
             "folder “" +
             directory.path("file/home/.local/share/Trash/files") + "”: Not a directory.");
     EXPECT_EQ(readFile(disk.path + "/item"), "text");
-}
-
-// The two ways into a trash: by renaming, and by copying to another file system because the own one has no trash.
-class TrashedTree {
-public:
-    explicit TrashedTree(bool acrossDisks)
-        : home(directory.path("home")), disk(directory.path("disk")), environment(homeAt(home.path)) {
-        writeFile(disk.path + "/.Trash-" + userName(), "no folder");
-        itemPath = (acrossDisks ? disk.path : home.path) + "/item";
-        writeFile(itemPath + "/inner/file", "text");
-        whole = portraitOf(itemPath);
-    }
-
-    const std::string& skipReason() const { return disk.reason; }
-
-    Trace trash(const SystemCallFault& fault) const {
-        return traceSystemCalls(
-            [&] {
-                trashItem(itemPath, environment);
-                return std::string();
-            },
-            {fault});
-    }
-
-    // The item is whole at its place or, with its information, in the trash; and there is no debris unless allowed.
-    void expectWhole(TraceEnding ending) const {
-        const std::string trash = home.path + "/.local/share/Trash";
-        const bool isTrashed = portraitOf(trash + "/files/item") == whole;
-        const ItemPortrait item = portraitOf(itemPath);
-        EXPECT_TRUE(isTrashed || item == whole);
-        if (isTrashed) {
-            EXPECT_TRUE(fs::exists(trash + "/info/item.trashinfo"));
-        }
-        if (ending == TraceEnding::killed) return;
-        EXPECT_EQ(isTrashed, item != whole);
-        if (ending == TraceEnding::returned) {
-            EXPECT_TRUE(isTrashed && item.empty());
-        }
-        if (!isTrashed && fs::exists(trash)) {
-            EXPECT_EQ(filesBelow(trash), Names{});
-        }
-    }
-
-private:
-    const TemporaryDirectory directory;
-    const MountedDisk home; // both in memory, where flushing costs nothing
-    const MountedDisk disk;
-    const FixedEnvironment environment;
-    std::string itemPath;
-    ItemPortrait whole;
-};
-
-TEST(Trash, AtEveryFailureAndDeathTheItemIsWholeInOnePlace) {
-    if (!canTraceSystemCalls()) GTEST_SKIP() << "this system allows no tracing";
-    for (const bool acrossDisks : {false, true}) {
-        for (const int error : {0, EIO, EACCES}) { // 0: killed
-            for (std::size_t call = 1;; ++call) {
-                const TrashedTree tree(acrossDisks);
-                if (!tree.skipReason().empty()) GTEST_SKIP() << tree.skipReason();
-                const FaultKind kind = error == 0 ? FaultKind::kill : FaultKind::fail;
-                const Trace trace = tree.trash({.call = call, .kind = kind, .errorNumber = error});
-                if (trace.calls.size() < call) break;
-                SCOPED_TRACE("call " + std::to_string(call) + " " + trace.calls[call - 1] + ": " +
-                             (error == 0 ? "killed" : std::strerror(error)) + ": " + trace.message);
-                tree.expectWhole(trace.ending);
-            }
-        }
-    }
 }
 
 } // namespace

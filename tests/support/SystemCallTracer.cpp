@@ -185,11 +185,13 @@ std::string outcomeOf(const std::function<std::string()>& action) {
 }
 
 // The child must not run the parent's exit handlers nor a sanitizer's final checks, hence _exit.
-[[noreturn]] void runChild(const std::function<std::string()>& action, int outcome) {
+[[noreturn]] void runChild(const std::function<std::string()>& action, const std::function<std::string()>& afterwards,
+                           int outcome) {
     ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
     ::alarm(60);
     ::kill(::getpid(), SIGSTOP);
-    const std::string text = outcomeOf(action);
+    std::string text = outcomeOf(action);
+    text += '\0' + afterwards();
     const bool isWritten = ::write(outcome, text.data(), text.size()) == static_cast<ssize_t>(text.size());
     ::_exit(isWritten ? 0 : 1);
 }
@@ -316,14 +318,15 @@ bool canTraceSystemCalls() {
     return child > 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-Trace traceSystemCalls(const std::function<std::string()>& action, const std::vector<SystemCallFault>& faults) {
+Trace traceSystemCalls(const std::function<std::string()>& action, const std::vector<SystemCallFault>& faults,
+                       const std::function<std::string()>& afterwards) {
     int ends[2];
     if (::pipe(ends) != 0) throw std::runtime_error("no pipe");
     const Descriptor outcome(ends[0]);
     Descriptor childEnd(ends[1]);
     const pid_t child = ::fork();
     if (child < 0) throw std::runtime_error("no process");
-    if (child == 0) runChild(action, childEnd.get());
+    if (child == 0) runChild(action, afterwards, childEnd.get());
     childEnd.close();
     Trace trace = Tracer(child, faults).run();
     if (trace.ending == TraceEnding::killed) return trace;
@@ -331,6 +334,8 @@ Trace traceSystemCalls(const std::function<std::string()>& action, const std::ve
     if (text.empty()) throw std::runtime_error("the traced process ended without a result");
     trace.ending = text.at(0) == 't' ? TraceEnding::threw : TraceEnding::returned;
     trace.errorNumber = std::stoi(text.substr(1));
-    trace.message = text.substr(text.find(' ') + 1);
+    const std::size_t message = text.find(' ') + 1, end = text.rfind('\0');
+    trace.message = text.substr(message, end - message);
+    trace.finding = text.substr(end + 1);
     return trace;
 }

@@ -30,10 +30,14 @@ struct Trace {
     TraceEnding ending{};
     int errorNumber{};     // of the PlatformError that was thrown
     std::string message{}; // what the action returned, or the text of what it threw
+    std::string finding{}; // what was found afterwards
 };
 
 // Whether this system and processor allow tracing.
 bool canTraceSystemCalls();
 
-// A child that crashes, or hangs for a minute, is thrown as std::runtime_error.
-Trace traceSystemCalls(const std::function<std::string()>& action, const std::vector<SystemCallFault>& faults = {});
+// A child that crashes, or hangs for a minute, is thrown as std::runtime_error. Afterwards, in the child and with no
+// more faults, the other function looks at what became of its memory and of the disk.
+Trace traceSystemCalls(
+    const std::function<std::string()>& action, const std::vector<SystemCallFault>& faults = {},
+    const std::function<std::string()>& afterwards = [] { return std::string(); });
