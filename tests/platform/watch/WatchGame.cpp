@@ -157,7 +157,8 @@ bool WatchGame::hasEntries(const std::string& path) const {
 
 void WatchGame::operate() {
     const std::string item = any(anyTop(), false);
-    const std::string place = any(anyTop(), true) + "/" + std::string(1, static_cast<char>('a' + choose() % 4));
+    const std::string directory = any(anyTop(), true);
+    const std::string place = directory + "/" + std::string(1, static_cast<char>('a' + choose() % 4));
     const bool isTop = item == "/w" || item == "/out";
     const auto choice = choose() % 10;
     if (choice < 2) {
