@@ -1,8 +1,6 @@
 // A state file of any contents, on the real disk. It is read as a store or refused and left as it is; what an update
 // writes is read again as what was meant.
 
-#include <unistd.h>
-
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -59,9 +57,7 @@ void checkDispatch(AutoWakeStateStore& store, AutoWakeStoreSnapshot expected, co
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    // In memory where there is such a file system: flushing would take nearly all of the time.
-    static const std::string parent = ::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
-    static const TemporaryDirectory directory{std::filesystem::path(parent)};
+    static const TemporaryDirectory directory;
     static const VariableEnvironment environment;
     const std::string path = directory.path("state.json");
     const std::string before(reinterpret_cast<const char*>(data), size);

@@ -26,9 +26,6 @@ namespace fs = std::filesystem;
 
 using Command = EditorDocumentRequestCommand;
 
-// In memory where there is such a file system: flushing would take nearly all of the time.
-const bool isInMemory = ::access("/dev/shm", W_OK) == 0 && ::setenv("TMPDIR", "/dev/shm", 0) == 0;
-
 // A daemon with a workspace w, in which another file system is mounted if that is permitted, and an open document.
 class Scene {
 public:
@@ -266,6 +263,23 @@ bool mayLeaveOut(const std::string& call, int error) {
     return (error == EPERM || error == EOPNOTSUPP) && (call.starts_with("fch") || call.find("xattr") != call.npos);
 }
 
+// Where that is permitted the scenes are in memory: flushing would take nearly all of the time.
+class InMemory {
+public:
+    InMemory() {
+        if (disk.reason.empty()) ::setenv("TMPDIR", disk.path.c_str(), 1);
+    }
+    InMemory(const InMemory&) = delete;
+    InMemory& operator=(const InMemory&) = delete;
+    ~InMemory() { before ? ::setenv("TMPDIR", before->c_str(), 1) : ::unsetenv("TMPDIR"); }
+
+private:
+    const std::optional<std::string> before =
+        std::getenv("TMPDIR") ? std::optional<std::string>(std::getenv("TMPDIR")) : std::nullopt;
+    const TemporaryDirectory directory;
+    const MountedDisk disk{directory.path("disk"), "size=64m"};
+};
+
 class EveryStep : public testing::TestWithParam<Operation> {
 protected:
     void SetUp() override {
@@ -303,6 +317,7 @@ protected:
         return finding + scene.complaint(documentPath);
     }
 
+    const InMemory inMemory{};
     const Operation operation = GetParam();
     World before{};
     World after{};

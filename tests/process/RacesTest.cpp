@@ -8,7 +8,6 @@
 #include <random>
 #include <set>
 #include <thread>
-#include <vector>
 
 #include "shared/EditorDocumentDaemonEnvelope.h"
 #include "shared/EditorDocumentDaemonRequest.h"
@@ -35,15 +34,13 @@ std::string textOf(char owner, int step) {
 class Client {
 public:
     Client(std::string sharedRoot, char owned, std::uint64_t seed)
-        : root(std::move(sharedRoot)), owner(owned), random(seed) {}
+        : root(std::move(sharedRoot)), owner(owned), random(seed) {
+        ask({.command = Command::openWorkspace});
+        documentID = ask({.command = Command::open, .path = root + '/' + owner + '0'}).snapshot.value().documentID;
+    }
 
     // The last text that was reported as saved.
     std::string play() {
-        ask({.command = Command::openWorkspace});
-        for (auto opened = ask({.command = Command::open, .path = anyPath(owner)}); documentID.empty();
-             opened = ask({.command = Command::open, .path = anyPath(owner)})) {
-            if (opened.snapshot) documentID = opened.snapshot->documentID;
-        }
         std::string saved = textOf(owner, 0);
         int savedCount = 0;
         for (int step = 1; step <= saveCount; ++step) {
@@ -91,16 +88,11 @@ TEST(Races, NoTextIsLostThatWasReportedAsSaved) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     const TemporaryDirectory directory;
     for (const char owner : {'a', 'b'}) writeFile(directory.path(owner + std::string("0")), textOf(owner, 0));
+    Client first(directory.path(), 'a', seed), second(directory.path(), 'b', seed + 1);
     std::string saved[2];
     std::atomic<int> playing = 2;
-    std::vector<std::thread> clients;
-    for (const int which : {0, 1}) {
-        clients.emplace_back([&, which] {
-            saved[which] =
-                Client(directory.path(), static_cast<char>('a' + which), seed + static_cast<unsigned>(which)).play();
-            --playing;
-        });
-    }
+    std::thread clients[] = {std::thread([&] { saved[0] = first.play(), --playing; }),
+                             std::thread([&] { saved[1] = second.play(), --playing; })};
     Random random(seed + 2);
     const auto anyPath = [&](char file) { return directory.path(file + std::to_string(random() % 2)); };
     for (int move = 0; playing > 0; ++move) {
