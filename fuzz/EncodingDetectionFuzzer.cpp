@@ -19,7 +19,7 @@ bool hasOnlyLineEndsOf(EditorDocumentNewlineStyle style, const std::string& text
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const ICUTextCoding coding;
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
-    const auto detected = coding.detect(bytes);
+    const auto detected = coding.detect(std::string(bytes));
     if (!detected) {
         require(!isWellFormedUTF8(bytes), "UTF-8 was refused");
         return 0;

@@ -18,7 +18,7 @@ const VariableEnvironment emptyEnvironment;
 // Opening these takes longer than most games.
 class SharedTextCoding final : public TextCoding {
 public:
-    std::optional<DetectedText> detect(std::string_view data) const override { return coding().detect(data); }
+    std::optional<DetectedText> detect(std::string data) const override { return coding().detect(std::move(data)); }
     std::optional<std::string> encode(std::string_view text, std::uint64_t encodingRawValue,
                                       ByteOrderMark mark) const override {
         return coding().encode(text, encodingRawValue, mark);
@@ -33,9 +33,9 @@ private:
 
 class SharedCollation final : public Collation {
 public:
-    std::string sortKey(std::string_view name) const override {
+    void appendSortKey(std::string& keys, std::string_view name) const override {
         static const ICUCollation shared(emptyEnvironment);
-        return shared.sortKey(name);
+        shared.appendSortKey(keys, name);
     }
 };
 

@@ -99,7 +99,9 @@ void FolderTree::detach(FolderNode* folder) {
 void FolderTree::place(FolderNode* folder, FolderNode* parent, std::string_view name) {
     NameKey reported = reportedKey(folder);
     attach(folder, parent, name);
-    const bool isElsewhere = reported.folder != parent || reported.name != name;
+    // One that was seen here before its move was heard of is known here, and no longer where it was.
+    const bool isKnownHere = parent->snapshot.find(name) == ItemIdentity{folder->identity.inode, ItemType::directory};
+    const bool isElsewhere = !isKnownHere && (reported.folder != parent || reported.name != name);
     const bool wasReported = reported.folder && reported.folder->snapshot.find(reported.name).isDirectory();
     if (wasReported && isElsewhere) {
         folder->reportedPlace = std::make_unique<NameKey>(std::move(reported));
