@@ -10,7 +10,7 @@ void PendingChanges::attributesChanged(const NameKey& key, WatchTime now) {
 void PendingChanges::modified(const NameKey& key, WatchTime now) {
     Change& change = touch(key, now);
     change.isWritten = true;
-    if (!change.unsettledSince) setUnsettled(change, now);
+    if (!change.unsettledSince) setUnsettled(change, change.isWrittenIfFile ? change.born : now);
 }
 
 void PendingChanges::closedAfterWriting(const NameKey& key, WatchTime now) {
@@ -24,7 +24,9 @@ void PendingChanges::created(const NameKey& key, IsBeingWritten isBeingWritten, 
     Change& change = touch(key, now);
     change.born = now;
     setOccupant(key, change, Occupant::newcomer, now);
-    if (isBeingWritten == IsBeingWritten::yes) setUnsettled(change, now);
+    if (isBeingWritten == IsBeingWritten::no) return;
+    change.isWrittenIfFile = true;
+    ++writtenIfFile;
 }
 
 void PendingChanges::vanished(const NameKey& key, WatchTime now) {
@@ -142,6 +144,16 @@ std::optional<WatchTime> PendingChanges::closing() const {
     return window.closing(policy);
 }
 
+void PendingChanges::findFilesBeingWritten(const std::function<ItemIdentity(const NameKey&)>& lookUp) {
+    if (writtenIfFile == 0) return;
+    for (auto& [key, change] : changes) {
+        if (!change.isWrittenIfFile) continue;
+        const ItemIdentity item = lookUp(key);
+        if (!item) continue; // it, or its folder, has gone on, and the event about that is to come
+        setUnsettled(change, item.type == ItemType::file ? std::optional(change.born) : std::nullopt);
+    }
+}
+
 std::vector<FolderNode*> PendingChanges::takeMisplaced() {
     constexpr int patience = 3;
     std::vector<FolderNode*> folders;
@@ -202,6 +214,7 @@ void PendingChanges::setOccupant(const NameKey& key, Change& change, Occupant oc
 
 void PendingChanges::setUnsettled(Change& change, std::optional<WatchTime> since) {
     if (change.unsettledSince) unsettled.erase(unsettled.find(*change.unsettledSince));
+    if (std::exchange(change.isWrittenIfFile, false)) --writtenIfFile;
     change.unsettledSince = since;
     if (since) unsettled.insert(*since);
 }

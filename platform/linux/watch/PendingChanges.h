@@ -39,7 +39,8 @@ public:
 
     PendingChanges(FolderTree& folders, DeliveryPolicy deliveryPolicy) : tree(folders), policy(deliveryPolicy) {}
 
-    enum class IsBeingWritten { no, yes };
+    // Only a regular file is written; whether the name has one, the disk tells, and is asked only where it matters.
+    enum class IsBeingWritten { no, ifFile };
 
     // Events about a name.
     void attributesChanged(const NameKey& key, WatchTime now);
@@ -71,6 +72,9 @@ public:
     void touchWindow(WatchTime now);
 
     std::optional<WatchTime> closing() const; // absent while there is nothing
+    // Asks about the new names of which nothing more has been heard. To be called when the window is about to close,
+    // which it may put off.
+    void findFilesBeingWritten(const std::function<ItemIdentity(const NameKey&)>& lookUp);
     // The folders whose second half did not come and will not be waited for. To be killed before the closing.
     std::vector<FolderNode*> takeDeparted(WatchTime now);
     EventStreamBatch close(WatchTime now, const LookUp& lookUp, const ReportingPaths& paths);
@@ -92,8 +96,9 @@ private:
         Occupant occupant{};
         bool isWritten = false;
         bool hasNewAttributes = false;
-        bool hasBeenAnother = false; // the name was free meanwhile, or had another item
-        bool isForgotten = false;    // a folder at it, with all that was reported in that
+        bool hasBeenAnother = false;  // the name was free meanwhile, or had another item
+        bool isForgotten = false;     // a folder at it, with all that was reported in that
+        bool isWrittenIfFile = false; // since it was born
         std::optional<WatchTime> unsettledSince{};
         WatchTime born{};       // of a newcomer
         NameKey cameFrom{};     // of a mover: where it was last reported
@@ -174,6 +179,7 @@ private:
     ChangeByKey changes{};
     std::unordered_map<std::uint32_t, std::vector<MovingItem>> moving{}; // one in each tree that shows the folder
     std::multiset<WatchTime> unsettled{};
+    std::size_t writtenIfFile = 0; // changes of which that is to be found out
     std::vector<std::string> changedRoots{};
     std::set<std::string> notices{};
     std::optional<WatchTime> first{};

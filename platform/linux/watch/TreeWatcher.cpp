@@ -45,11 +45,17 @@ EventStreamBatch TreeWatcher::advance() {
         if (std::ranges::any_of(roots, [&](const Root& root) { return isLost(root); })) pending.touchWindow(now);
         if (!waitingForClosing.empty()) pending.touchWindow(now);
     }
-    const auto closing = pending.closing();
-    if (!closing || now < *closing) return {};
+    if (!isClosingDue(now)) return {};
+    pending.findFilesBeingWritten([&](const NameKey& key) { return system.itemAt(currentPath(key)); });
+    if (!isClosingDue(now)) return {};
     // Whoever is told of a new folder looks through it at once. By then it should be under watch with all below it.
-    if (!urgent.empty() && now < *closing + policy.cap) return {};
+    if (!urgent.empty() && now < *pending.closing() + policy.cap) return {};
     return closeWindow(now);
+}
+
+bool TreeWatcher::isClosingDue(WatchTime now) const {
+    const auto closing = pending.closing();
+    return closing && now >= *closing;
 }
 
 TreeWatcher::Statistics TreeWatcher::statistics() const {
@@ -123,13 +129,10 @@ void TreeWatcher::handleNameRecord(FolderNode* folder, const KernelRecord& recor
 
 void TreeWatcher::handleCreation(const NameKey& key, const KernelRecord& record, WatchTime now) {
     using IsBeingWritten = PendingChanges::IsBeingWritten;
-    if (!record.isDirectory()) {
-        // Only a regular file is written; whether somebody has it open, nobody tells.
-        const bool isFile = system.itemAt(currentPath(key)).type == ItemType::file;
-        pending.created(key, isFile ? IsBeingWritten::yes : IsBeingWritten::no, now);
-        return;
-    }
-    pending.created(key, IsBeingWritten::no, now);
+    // Whether somebody has a new file open, nobody tells; as a rule it is closed before the disk would have to be
+    // asked.
+    pending.created(key, record.isDirectory() ? IsBeingWritten::no : IsBeingWritten::ifFile, now);
+    if (!record.isDirectory()) return;
     if (!tree.child(key.folder, key.name)) enter(addFolder(key.folder, key.name, FirstListing::news), urgent);
 }
 

@@ -74,6 +74,7 @@ private:
     void handleCreation(const NameKey& key, const KernelRecord& record, WatchTime now);
     void handleArrival(const NameKey& key, const KernelRecord& record, WatchTime now);
     void handleOverflow(WatchTime now);
+    bool isClosingDue(WatchTime now) const;
     EventStreamBatch closeWindow(WatchTime now);
     std::optional<std::vector<ItemIdentity>> itemsIn(const FolderNode& folder, const std::vector<std::string>& names);
 

@@ -202,6 +202,29 @@ TEST_F(TreeWatcherTest, FollowsANewFileThatIsOpenedAndMovedOverAnother) {
     EXPECT_EQ(toldAfter(), (Tellings{"renamed /w/z.txt -> /w/a.txt", "modified /w/a.txt"}));
 }
 
+TEST_F(TreeWatcherTest, AsksTheDiskOnlyAboutNewFilesThatStayOpen) {
+    start();
+    write("/w/closed");
+    disk.createFile("/w/open");
+    int calls = 0;
+    disk.beforeEachCall = [&] { ++calls; };
+    watcher.handleBlock(disk.takeBlock());
+    EXPECT_EQ(calls, 0);
+    EXPECT_EQ(toldWithin(milliseconds(99)), Tellings{}); // one waits for the other
+    EXPECT_EQ(toldWithin(milliseconds(1)), (Tellings{"created /w/closed", "created /w/open"}));
+}
+
+TEST_F(TreeWatcherTest, ANewFileIsWaitedForFromItsBirth) {
+    start();
+    disk.createFile("/w/open");
+    passOn();
+    EXPECT_EQ(toldWithin(milliseconds(4)), Tellings{});
+    disk.writeFile("/w/open");
+    passOn();
+    EXPECT_EQ(toldWithin(milliseconds(95)), Tellings{});
+    EXPECT_EQ(toldWithin(milliseconds(1)), Tellings{"created /w/open"});
+}
+
 TEST_F(TreeWatcherTest, TellsARenameWholeWhenItFallsIntoTwoWindows) {
     start();
     Tellings tellings;
