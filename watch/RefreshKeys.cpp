@@ -36,10 +36,16 @@ Keys keysOfUnpairedRename(const ManagedWorkspace& workspace) {
     return keys;
 }
 
+// What is gone tells nothing of what has come to its place.
+bool isAtDirectory(const WorkspaceWatchEvent& event, const std::string& path, const FileManager& fileManager) {
+    const bool isKnownFile = event.isRegularFile && event.kind != WorkspaceWatchEventKind::itemRemoved;
+    return !isKnownFile && fileManager.isDirectory(path);
+}
+
 Keys keysOfChange(const ManagedWorkspace& workspace, const WorkspaceWatchEvent& event, const FileManager& fileManager) {
     Keys keys;
     const std::string path = normalizedPath(event.path, fileManager);
-    addLoadedAncestors(keys, fileManager.isDirectory(path) ? path : parentPath(path), workspace, fileManager);
+    addLoadedAncestors(keys, isAtDirectory(event, path, fileManager) ? path : parentPath(path), workspace, fileManager);
     if (keys.empty() && workspace.loadedDirectoryPaths.contains(workspace.rootPath)) {
         keys.insert({workspace.rootPath, workspace.rootPath});
     }

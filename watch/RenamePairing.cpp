@@ -12,6 +12,7 @@ WorkspaceWatchEvent unpairedEvent(const RawEvent& raw) {
         .kind = raw.kind,
         .nodeIDHint = raw.nodeIDHint,
         .isDirectory = raw.isDirectory,
+        .isRegularFile = raw.isRegularFile,
     };
 }
 

@@ -16,6 +16,7 @@ struct RawEvent {
     WorkspaceWatchEventKind kind{};
     std::optional<std::string> nodeIDHint{};
     std::optional<bool> isDirectory{};
+    bool isRegularFile = false;
 
     bool operator==(const RawEvent&) const = default;
 };

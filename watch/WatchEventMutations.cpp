@@ -67,7 +67,11 @@ WorkspaceBrowserMutationPayload EditorDocumentDaemon::creation(const WorkspaceWa
         }
         effects.createdDirectoryPaths.insert(event.path);
     }
-    return workspaceMutationPayload(std::move(mutation), {event.path}, fileManager);
+    if (!event.isRegularFile) return workspaceMutationPayload(std::move(mutation), {event.path}, fileManager);
+    // The disk is not asked about what the event says already: files come by the thousand.
+    std::string directoryPath = parentPath(event.path);
+    if (isAtOrWithin(directoryPath, event.rootPath)) mutation.affectedDirectoryPaths = {std::move(directoryPath)};
+    return mutation;
 }
 
 WorkspaceBrowserMutationPayload EditorDocumentDaemon::renameOrMove(const WorkspaceWatchEvent& event,

@@ -22,6 +22,12 @@ std::optional<bool> isDirectory(std::uint32_t flags) {
     return std::nullopt;
 }
 
+bool isRegularFile(std::uint32_t flags) {
+    constexpr std::uint32_t types =
+        EventStreamFlag::itemIsFile | EventStreamFlag::itemIsDir | EventStreamFlag::itemIsSymlink;
+    return (flags & types) == EventStreamFlag::itemIsFile;
+}
+
 // An identifier that only its platform understands is no hint.
 std::optional<std::string> nodeIDHint(const std::optional<FileIdentifier>& fileID) {
     if (!fileID || std::holds_alternative<OpaqueFileIdentifier>(*fileID)) return std::nullopt;
@@ -40,6 +46,7 @@ std::vector<RawEvent> rawEvents(const EventStreamNotification& notification, con
             .kind = kind,
             .nodeIDHint = nodeIDHint(notification.fileID),
             .isDirectory = isDirectory(notification.flags),
+            .isRegularFile = isRegularFile(notification.flags),
         });
     }
     return events;

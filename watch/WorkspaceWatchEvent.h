@@ -36,6 +36,7 @@ struct WorkspaceWatchEvent {
     std::optional<std::string> relatedPath{}; // only of a paired rename: its other end
     std::optional<std::string> nodeIDHint{};
     std::optional<bool> isDirectory{};
+    bool isRegularFile = false; // and so leads to no directory, as a link may
 
     bool operator==(const WorkspaceWatchEvent&) const = default;
 };

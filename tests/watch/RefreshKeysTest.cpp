@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "tests/support/WorkspaceTest.h"
 
 namespace {
@@ -65,6 +67,34 @@ TEST_F(RefreshKeys, OfEveryKindOfEvent) {
         Lines keys;
         for (const auto& key : refreshKeys(workspace, event, *daemon.fileManager)) {
             EXPECT_EQ(key.rootPath, root);
+            keys.push_back(relative(key.directoryPath));
+        }
+        EXPECT_EQ(joined(keys), row.keys) << row.name;
+    }
+}
+
+TEST_F(RefreshKeys, TheDiskIsAskedWhereTheEventDoesNotTell) {
+    make("a/b/");
+    std::filesystem::create_directory_symlink("a", path("l"));
+    const struct {
+        const char* name;
+        Kind kind;
+        std::string path;
+        bool isRegularFile;
+        std::string keys;
+    } cases[] = {
+        {"a link to a folder", Kind::itemCreated, "l", false, ". l"},
+        {"no longer the file that came", Kind::itemCreated, "a/b", true, ". a"},
+        {"no longer the file that was written", Kind::itemModified, "a/b", true, ". a"},
+        {"what came after the file that went", Kind::itemRemoved, "a/b", true, ". a a/b"},
+    };
+    for (const auto& row : cases) {
+        ManagedWorkspace workspace(root);
+        for (const char* directory : {".", "a", "a/b", "l"}) workspace.loadedDirectoryPaths.insert(path(directory));
+        Lines keys;
+        const WorkspaceWatchEvent event{
+            .rootPath = root, .path = path(row.path), .kind = row.kind, .isRegularFile = row.isRegularFile};
+        for (const auto& key : refreshKeys(workspace, event, *daemon.fileManager)) {
             keys.push_back(relative(key.directoryPath));
         }
         EXPECT_EQ(joined(keys), row.keys) << row.name;

@@ -77,13 +77,14 @@ public:
 
     Lines take() { return std::exchange(lines, {}); }
 
-    // "root: kind path > related path #hint d", the last three only where they are present.
+    // "root: kind path > related path #hint d" (or f for a file, l for a link), the last three only where they are
+    // present.
     std::string line(const WorkspaceWatchEvent& event) const {
         std::string text =
             relative(event.rootPath) + ": " + std::string(nameOf(event.kind)) + ' ' + relative(event.path);
         if (event.relatedPath) text += " > " + relative(*event.relatedPath);
         if (event.nodeIDHint) text += " #" + *event.nodeIDHint;
-        if (event.isDirectory) text += *event.isDirectory ? " d" : " f";
+        if (event.isDirectory) text += *event.isDirectory ? " d" : event.isRegularFile ? " f" : " l";
         return text;
     }
     std::string relative(const std::string& path) const {
@@ -147,7 +148,8 @@ TEST(WorkspaceWatchStream, NotificationsBecomeEvents) {
         {"several kinds in one, the rename held back",
          "send w/a 11900 5",
          {"w: itemCreated w/a #number:5 f", "w: itemModified w/a #number:5 f"}},
-        {"link", "send w/a 40100 0", {"w: itemCreated w/a f"}},
+        {"link", "send w/a 40100 0", {"w: itemCreated w/a l"}},
+        {"link wins over file", "send w/a 50100 0", {"w: itemCreated w/a l"}},
         {"directory wins over file", "send w/a 30100 0", {"w: itemCreated w/a d"}},
         {"no type", "send w/a 100 0", {"w: itemCreated w/a"}},
         {"metadata alone", "send w/a 10400 5", {}},
