@@ -159,6 +159,12 @@ WorkspaceNodesByID previousChildNodes(const std::string& directoryPath, const Di
     return children;
 }
 
+bool isNoNews(const WorkspaceBrowserDirectoryPayload& payload, const DirectoryRefreshPass& pass,
+              const ManagedWorkspace& workspace) {
+    return pass.nodesBeforePass.empty() && !pass.directoryPathsToTell.contains(payload.directoryPath) &&
+           workspace.loadedDirectoryPaths.contains(payload.directoryPath) && isCachedAsItIs(payload, workspace);
+}
+
 void collectWorkspaceExternalMutations(const WorkspaceNodesByID& previousChildNodesByID,
                                        const WorkspaceBrowserDirectoryPayload& payload, DirectoryRefreshPass& pass,
                                        const FileManager& fileManager) {
@@ -202,8 +208,7 @@ void remapMovedNodes(const WorkspaceBrowserDirectoryPayload& payload, DirectoryR
     remapCachedNodesBelow(directoryRemaps, pass, workspace);
 }
 
-void cacheRefreshedListing(const WorkspaceDirectoryListing& listing, DirectoryRefreshPass& pass,
-                           ManagedWorkspace& workspace) {
+void cacheRefreshedListing(WorkspaceDirectoryListing listing, DirectoryRefreshPass& pass, ManagedWorkspace& workspace) {
     const WorkspaceBrowserDirectoryPayload& payload = listing.payload;
     const bool isLoaded = workspace.loadedDirectoryPaths.contains(payload.directoryPath);
     const bool hasChanged =
@@ -215,8 +220,8 @@ void cacheRefreshedListing(const WorkspaceDirectoryListing& listing, DirectoryRe
             pass.nodesBeforePass.emplace(node.nodeID, cached->second);
         }
     }
-    cacheWorkspaceDirectoryPayload(listing, workspace);
     if (hasChanged) pass.changedPayloads.push_back(payload);
+    cacheWorkspaceDirectoryPayload(std::move(listing), workspace);
 }
 
 void passOverMissingDirectory(const std::string& directoryPath, DirectoryRefreshPass& pass,

@@ -76,6 +76,10 @@ std::optional<std::string> nextWorkspaceDirectoryPathToRefresh(DirectoryRefreshP
 WorkspaceNodesByID previousChildNodes(const std::string& directoryPath, const DirectoryRefreshPass& pass,
                                       const ManagedWorkspace& workspace);
 
+// Whether the listing has nothing to say that the client does not know, and that the pass has not seen otherwise.
+bool isNoNews(const WorkspaceBrowserDirectoryPayload& payload, const DirectoryRefreshPass& pass,
+              const ManagedWorkspace& workspace);
+
 // Infers mutations from a directory's old and new listing: creations, renames and moves at once, removals held back.
 void collectWorkspaceExternalMutations(const WorkspaceNodesByID& previousChildNodesByID,
                                        const WorkspaceBrowserDirectoryPayload& payload, DirectoryRefreshPass& pass,
@@ -87,8 +91,7 @@ void remapMovedNodes(const WorkspaceBrowserDirectoryPayload& payload, DirectoryR
                      ManagedWorkspace& workspace);
 
 // Remembers the listing, and whether the client has to be told of it.
-void cacheRefreshedListing(const WorkspaceDirectoryListing& listing, DirectoryRefreshPass& pass,
-                           ManagedWorkspace& workspace);
+void cacheRefreshedListing(WorkspaceDirectoryListing listing, DirectoryRefreshPass& pass, ManagedWorkspace& workspace);
 
 // What becomes of a loaded directory that is not there: it waits until the nearest loaded directory above it has been
 // listed, which may show where it went, and is given up after that.

@@ -66,13 +66,15 @@ void EditorDocumentDaemon::refreshWorkspaceDirectory(const std::string& director
                                                      ManagedWorkspace& workspace) {
     // A directory that the client never opened is never listed here.
     if (directoryPath != pass.rootPath && !workspace.loadedDirectoryPaths.contains(directoryPath)) return;
+    WorkspaceDirectoryListing listing = loadWorkspaceDirectory(pass.rootPath, directoryPath, listingSources());
+    // Most listings find everything as it was. That is found out without a copy of all there is.
+    if (isNoNews(listing.payload, pass, workspace)) return indexListing(listing, workspace.knownPathsByEventNodeID);
     const WorkspaceNodesByID previousChildren = previousChildNodes(directoryPath, pass, workspace);
-    const WorkspaceDirectoryListing listing = loadWorkspaceDirectory(pass.rootPath, directoryPath, listingSources());
     if (emitMutationEvents == EmitMutationEvents::yes) {
         collectWorkspaceExternalMutations(previousChildren, listing.payload, pass, fileManager);
     }
     remapMovedNodes(listing.payload, pass, workspace);
-    cacheRefreshedListing(listing, pass, workspace);
+    cacheRefreshedListing(std::move(listing), pass, workspace);
 }
 
 void EditorDocumentDaemon::dropUnavailableWorkspace(const std::string& rootPath, std::optional<std::string> message) {

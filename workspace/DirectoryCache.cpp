@@ -33,6 +33,8 @@ bool isListedDirectory(const std::string& path, const ManagedWorkspace& workspac
     });
 }
 
+} // namespace
+
 void indexListing(const WorkspaceDirectoryListing& listing, EventNodePathIndex& index) {
     std::vector<EventNodePathIndex::NumberedName> children;
     children.reserve(listing.payload.nodes.size());
@@ -43,8 +45,6 @@ void indexListing(const WorkspaceDirectoryListing& listing, EventNodePathIndex& 
     }
     index.setChildren(listing.payload.directoryPath, children);
 }
-
-} // namespace
 
 void cacheWorkspaceDirectoryPayload(WorkspaceDirectoryListing listing, ManagedWorkspace& workspace) {
     indexListing(listing, workspace.knownPathsByEventNodeID);
@@ -61,6 +61,15 @@ void cacheWorkspaceDirectoryPayload(WorkspaceDirectoryListing listing, ManagedWo
         childNodeIDs[position] = node.nodeID;
         workspace.cachedNodesByID.insert_or_assign(childNodeIDs[position], std::move(node));
     }
+}
+
+bool isCachedAsItIs(const WorkspaceBrowserDirectoryPayload& payload, const ManagedWorkspace& workspace) {
+    const auto childNodeIDs = workspace.childNodeIDsByDirectoryPath.find(payload.directoryPath);
+    return childNodeIDs != workspace.childNodeIDsByDirectoryPath.end() &&
+           std::ranges::equal(childNodeIDs->second, payload.nodes, [&](const std::string& nodeID, const auto& node) {
+               const auto cached = workspace.cachedNodesByID.find(nodeID);
+               return cached != workspace.cachedNodesByID.end() && cached->second == node;
+           });
 }
 
 WorkspaceBrowserDirectoryPayload cachedWorkspaceDirectoryPayload(const std::string& rootPath,

@@ -13,6 +13,10 @@
 // is pruned.
 void cacheWorkspaceDirectoryPayload(WorkspaceDirectoryListing listing, ManagedWorkspace& workspace);
 
+// What that does to the index, and all that it does for a listing that is remembered as it is.
+void indexListing(const WorkspaceDirectoryListing& listing, EventNodePathIndex& index);
+bool isCachedAsItIs(const WorkspaceBrowserDirectoryPayload& payload, const ManagedWorkspace& workspace);
+
 // The listing as it was remembered last; empty for a directory that never was.
 WorkspaceBrowserDirectoryPayload cachedWorkspaceDirectoryPayload(const std::string& rootPath,
                                                                  const std::string& directoryPath,

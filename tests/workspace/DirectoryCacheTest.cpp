@@ -66,6 +66,19 @@ TEST(DirectoryCache, GivesBackTheLastListing) {
     EXPECT_EQ(cachedWorkspaceDirectoryPayload("/w", "/w/d", workspace), listing("/w/d", "x").payload);
 }
 
+TEST(DirectoryCache, AListingIsCachedAsItIsOnlyIfEveryNodeIs) {
+    ManagedWorkspace workspace = workspaceWithListings();
+    const auto isCached = [&](const std::string& words) {
+        return isCachedAsItIs(listing("/w/d", words).payload, workspace);
+    };
+    EXPECT_TRUE(isCached("e/ x"));
+    for (const std::string other : {"", "e/", "x e/", "e x", "e/ y", "e/ x y"}) EXPECT_FALSE(isCached(other)) << other;
+    EXPECT_FALSE(isCachedAsItIs(listing("/w/no", "").payload, workspace));
+    workspace.cachedNodesByID.erase("/w/d/x");
+    EXPECT_FALSE(isCached("e/ x"));
+    EXPECT_FALSE(isCached("e/"));
+}
+
 TEST(DirectoryCache, ListedChildrenAreIndexedByTheirFileNumber) {
     ManagedWorkspace workspace("/w");
     auto numbered = listing("/w", "a b");
