@@ -1,5 +1,6 @@
 #include "watch/WorkspaceWatchStream.h"
 
+#include <algorithm>
 #include <cassert>
 #include <chrono>
 #include <new>
@@ -61,6 +62,7 @@ void WorkspaceWatchStream::updateWatchedRoots(const std::vector<std::string>& ro
                                               const EventStreamInterest& interest) {
     queue.sync([&] {
         RequestedRoots roots = normalizedPaths(rootPaths, platform.fileManager);
+        tellLostSoon(roots.missingPaths);
         watch(std::move(roots.directoryPaths), interest);
         awaitRoots(std::move(roots.missingPaths));
     });
@@ -89,6 +91,19 @@ void WorkspaceWatchStream::watch(std::vector<std::string> normalizedRootPaths, c
         platform.eventStreamSource.setInterest(interest);
     }
     if (haveRootsChanged && !watchedRoots.empty()) startStream();
+}
+
+// A root that has just gone may be missed here before the stream could tell of it, and then it never will.
+void WorkspaceWatchStream::tellLostSoon(const std::vector<std::string>& missingRootPaths) {
+    std::vector<WorkspaceWatchEvent> events;
+    for (const std::string& path : missingRootPaths) {
+        if (std::ranges::find(watchedRoots, path) == watchedRoots.end()) continue;
+        events.push_back({.rootPath = path, .path = path, .kind = WorkspaceWatchEventKind::rootChanged});
+    }
+    if (events.empty()) return;
+    queue.async([weakStream = weak_from_this(), lost = std::move(events)] {
+        if (const auto self = weakStream.lock()) self->deliver({}, lost);
+    });
 }
 
 void WorkspaceWatchStream::startStream() {
