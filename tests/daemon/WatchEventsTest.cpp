@@ -319,7 +319,7 @@ TEST(WatchEvents, WhatFailsForWantOfMemoryIsToldAnewOnceItCanBe) {
     EXPECT_EQ(watched.tell({watched.about("a.txt", itemModified)}), Lines{"updated document-1 v2 a.txt"});
 
     watched.have("m");
-    failQuestions({5}); // when the request is answered and the folder is to be listed again
+    failQuestions({4}); // when the request is answered and the folder is to be listed again
     const auto told = watched.daemon.exchange(
         {.command = EditorDocumentRequestCommand::createWorkspaceFile, .rootPath = watched.path(), .name = "own"});
     EXPECT_EQ(told.size(), 2U) << "a request is answered once";
