@@ -359,7 +359,8 @@ const RefusedDataRow refusedData[] = {
 };
 
 TEST(TextCoding, refusesWhatIsNoText) {
-    for (const RefusedDataRow& row : refusedData) EXPECT_FALSE(coding().detect(std::string(row.data)).has_value()) << row.name;
+    for (const RefusedDataRow& row : refusedData)
+        EXPECT_FALSE(coding().detect(std::string(row.data)).has_value()) << row.name;
 }
 
 // None of these is UTF-8; some encoding may read them, but none may lose a byte.
