@@ -9,6 +9,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include "platform/linux/TemporaryFolder.h"
+
 namespace {
 
 void checked(int result, const std::string& path) {
@@ -17,9 +19,7 @@ void checked(int result, const std::string& path) {
 
 } // namespace
 
-TemporaryTree::TemporaryTree() : rootPath(std::filesystem::temp_directory_path() / "daemon-benchmark-XXXXXX") {
-    if (::mkdtemp(rootPath.data()) == nullptr) checked(-1, rootPath);
-}
+TemporaryTree::TemporaryTree() : rootPath(makeTemporaryFolder("daemon-benchmark-")) {}
 
 TemporaryTree::~TemporaryTree() {
     std::error_code ignored;

@@ -1,22 +1,18 @@
 #pragma once
 
-#include <stdlib.h>
-
 #include <filesystem>
-#include <stdexcept>
 #include <string>
 #include <system_error>
+
+#include "platform/linux/TemporaryFolder.h"
 
 // A fresh directory that disappears with the object, whatever the test left in it. Its path holds no symbolic link.
 // TMPDIR chooses the file system.
 class TemporaryDirectory {
 public:
     TemporaryDirectory() : TemporaryDirectory(std::filesystem::temp_directory_path()) {}
-    explicit TemporaryDirectory(const std::filesystem::path& parent) {
-        std::string pattern = canonical(parent).string() + "/editor-XXXXXX";
-        if (!::mkdtemp(pattern.data())) throw std::runtime_error("cannot make " + pattern);
-        directoryPath = pattern;
-    }
+    explicit TemporaryDirectory(const std::filesystem::path& parent)
+        : directoryPath(makeTemporaryFolder(canonical(parent).string(), "editor-")) {}
     ~TemporaryDirectory() {
         std::error_code ignored;
         std::filesystem::remove_all(directoryPath, ignored);

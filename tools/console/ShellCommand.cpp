@@ -12,6 +12,7 @@
 #include <iterator>
 
 #include "platform/PlatformError.h"
+#include "platform/linux/TemporaryFolder.h"
 
 namespace {
 
@@ -51,8 +52,7 @@ int runForOutput(const std::string& command, const std::function<void(const std:
 
 // The extension lets an editor know the language; more of the name is not needed, and it may hold anything.
 Draft::Draft(const std::string& text, std::string_view extension) {
-    folderPath = (std::filesystem::temp_directory_path() / "editor-document-XXXXXX").string();
-    if (!::mkdtemp(folderPath.data())) throw posixError(errno, "make the folder", folderPath);
+    folderPath = makeTemporaryFolder("editor-document-");
     const auto isPlain = [](char c) {
         return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
     };

@@ -13,7 +13,9 @@
 #include <fstream>
 #include <system_error>
 
+#include "platform/PlatformError.h"
 #include "platform/linux/Descriptor.h"
+#include "platform/linux/TemporaryFolder.h"
 #include "platform/linux/files/ItemPath.h"
 #include "platform/linux/files/SystemCall.h"
 #include "platform/linux/files/TrashFolder.h"
@@ -32,9 +34,13 @@ std::string reason(int errorNumber) {
 Finding inotifyFinding() {
     LinuxWatchSystem system;
     if (!system.canWatch()) return {Verdict::wrong, "inotify gives no instance to this user.", {}, {}};
-    std::string folder = (std::filesystem::temp_directory_path() / "editor-document-XXXXXX").string();
-    if (!::mkdtemp(folder.data()))
-        return {Verdict::wrong, "No temporary folder can be made: " + reason(errno) + ".", {}, {"df -h /tmp"}};
+    std::string folder;
+    try {
+        folder = makeTemporaryFolder("editor-document-");
+    } catch (const PlatformError& error) {
+        const std::string why = reason(static_cast<int>(error.code));
+        return {Verdict::wrong, "No temporary folder can be made: " + why + ".", {}, {"df -h /tmp"}};
+    }
     const AddedWatch watch = system.watchFolder(folder, FollowLinks::no);
     std::ofstream(folder + "/file") << "changed";
     pollfd readable{.fd = system.inotifyDescriptor(), .events = POLLIN, .revents = 0};
