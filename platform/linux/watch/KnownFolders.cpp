@@ -1,6 +1,5 @@
 #include "platform/linux/watch/KnownFolders.h"
 
-#include <ranges>
 #include <vector>
 
 namespace {
@@ -35,7 +34,8 @@ bool KnownFolders::isKnown(const FolderNode* folder, Memory& memory, const Place
         }
         way.emplace_back(each, placeOf(each));
     }
-    for (const auto& [each, place] : std::views::reverse(way)) {
+    for (; !way.empty(); way.pop_back()) {
+        const auto& [each, place] = way.back();
         const ItemIdentity item{each->identity.inode, ItemType::directory};
         isKnown = isKnown && (!place.folder || itemAt(place) == item);
         memory.emplace(each, isKnown);
