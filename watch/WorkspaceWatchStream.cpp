@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <chrono>
-#include <new>
+#include <exception>
 #include <unordered_set>
 #include <utility>
 
@@ -137,7 +137,7 @@ void WorkspaceWatchStream::handleEventBatch(const EventStreamBatch& batch) {
     assert(queue.isCurrent());
     try {
         pairAndDeliver(batch);
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {
         callback({});
     }
 }
