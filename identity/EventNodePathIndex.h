@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "identity/NodeTable.h"
 #include "identity/PathTree.h"
+#include "platform/NodeTable.h"
 
 // For every item of a workspace the path at which it was last known, found by the item's event node ID hint. It answers
 // a rename of which only the new place is told: where was this item before?

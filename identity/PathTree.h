@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "identity/ByteArena.h"
-#include "identity/NodeTable.h"
+#include "platform/NodeTable.h"
 
 // Paths in large numbers, as a tree of names below a root. A node costs its name, 28 bytes, and some six bytes in a
 // table by which a directory finds its children. Moving a subtree relinks one node; leaving one out visits only it.

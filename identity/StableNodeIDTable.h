@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "identity/ByteArena.h"
-#include "identity/NodeTable.h"
 #include "identity/PathTree.h"
 #include "identity/StableNodeKey.h"
+#include "platform/NodeTable.h"
 
 // The IDs of all items that were listed, path first and file second: a name keeps its ID while it stays occupied, by
 // whatever file, so that a save which replaces the file is no event in the client's tree; and a file whose name is gone

@@ -10,27 +10,35 @@ std::size_t mixedHash(const void* folder, std::string_view name) {
     return std::hash<std::string_view>{}(name) ^ (std::hash<const void*>{}(folder) >> 4) * 0x9E3779B97F4A7C15;
 }
 
-// Names from the folder up to the top, in the places that placeOf gives.
+// Whoever has no parent is told apart by the name, a whole path.
+std::uint64_t hashOf(const FolderNode* parent, std::string_view name) {
+    std::uint64_t mixed = std::hash<std::string_view>{}(name) + (parent ? parent->number + 1 : 0) * 0x9E3779B97F4A7C15U;
+    mixed = (mixed ^ mixed >> 32) * 0xD6E8FEB86659FD93U;
+    return mixed ^ mixed >> 32;
+}
+
+std::uint64_t hashOf(const FolderNode* folder) {
+    return hashOf(folder->parent, folder->name);
+}
+
+// In the places that placeOf gives.
 template <class PlaceOf>
 std::string pathFromTop(const FolderNode* folder, const PlaceOf& placeOf) {
-    std::vector<std::string_view> names;
-    const FolderNode* each = folder;
     std::size_t size = 0;
-    while (true) {
-        const auto [parent, name] = placeOf(each);
-        names.push_back(name);
-        size += name.size() + 1;
-        if (!parent) break;
-        each = parent;
+    for (auto place = placeOf(folder);; place = placeOf(place.first)) {
+        size += place.second.size();
+        if (!place.first) break;
+        const auto above = placeOf(place.first);
+        const bool endsWithSlash = !above.first && above.second.ends_with('/');
+        if (!endsWithSlash) ++size;
     }
-    std::string path;
-    path.reserve(size);
-    path = names.back();
-    for (auto name = names.rbegin() + 1; name != names.rend(); ++name) {
-        if (!path.ends_with('/')) path += '/';
-        path += *name;
+    std::string path(size, '/');
+    for (auto place = placeOf(folder);; place = placeOf(place.first)) {
+        size -= place.second.size();
+        place.second.copy(path.data() + size, place.second.size());
+        if (!place.first) return path;
+        --size;
     }
-    return path;
 }
 
 using PlaceView = std::pair<const FolderNode*, std::string_view>;
@@ -61,35 +69,30 @@ std::size_t NameKeyHash::operator()(const NameKey& key) const {
     return mixedHash(key.folder, key.name);
 }
 
-std::size_t FolderTree::ChildHash::operator()(const ChildView& view) const {
-    return mixedHash(view.parent, view.name);
-}
-
-FolderTree::~FolderTree() {
-    for (FolderNode* folder : dead) destroy(folder);
-    for (FolderNode* folder : children) destroy(folder);
-}
-
 FolderNode* FolderTree::addTop(const std::string& path) {
-    auto* top = new FolderNode;
+    FolderNode* top = allocate();
     top->name = path;
-    children.insert(top);
+    remember(top);
     return top;
 }
 
 FolderNode* FolderTree::addChild(FolderNode* parent, std::string_view name) {
-    auto* folder = new FolderNode;
+    FolderNode* folder = allocate();
     attach(folder, parent, name);
     return folder;
 }
 
 FolderNode* FolderTree::child(const FolderNode* parent, std::string_view name) const {
-    const auto found = children.find(ChildView{parent, name});
-    return found == children.end() ? nullptr : *found;
+    const auto found = nodesByName.find(hashOf(parent, name), [&](std::uint32_t number) {
+        const FolderNode* each = node(number);
+        return each->parent == parent && each->name == name;
+    });
+    return found ? node(*found) : nullptr;
 }
 
 void FolderTree::detach(FolderNode* folder) {
-    if (children.erase(folder) == 0) return; // it is detached already
+    if (!folder->isAttached) return;
+    forget(folder);
     if (!folder->parent) return;
     if (folder->nextSibling) folder->nextSibling->previousSibling = folder->previousSibling;
     (folder->previousSibling ? folder->previousSibling->nextSibling : folder->parent->firstChild) = folder->nextSibling;
@@ -124,7 +127,7 @@ void FolderTree::promote(FolderNode* folder) {
     folder->parent = nullptr;
     folder->name = std::move(path);
     folder->reportedPlace.reset();
-    children.insert(folder);
+    remember(folder);
 }
 
 void FolderTree::adopt(FolderNode* top, FolderNode* parent, std::string_view name) {
@@ -133,11 +136,32 @@ void FolderTree::adopt(FolderNode* top, FolderNode* parent, std::string_view nam
 }
 
 void FolderTree::release(const std::unordered_set<const FolderNode*>& inUse) {
-    const auto firstFree = std::partition(dead.begin(), dead.end(), [&](const FolderNode* folder) {
+    const auto firstUnused = std::partition(dead.begin(), dead.end(), [&](const FolderNode* folder) {
         return folder->timesQueued > 0 || inUse.contains(folder);
     });
-    std::for_each(firstFree, dead.end(), destroy);
-    dead.erase(firstFree, dead.end());
+    std::for_each(firstUnused, dead.end(), [this](FolderNode* folder) { free(folder); });
+    dead.erase(firstUnused, dead.end());
+}
+
+FolderNode* FolderTree::allocate() {
+    ++live;
+    if (FolderNode* folder = firstFree) {
+        firstFree = std::exchange(folder->nextSibling, nullptr);
+        return folder;
+    }
+    if (allocated % nodesInBlock == 0) blocks.push_back(std::make_unique<FolderNode[]>(nodesInBlock));
+    FolderNode* folder = node(allocated);
+    folder->number = allocated++;
+    return folder;
+}
+
+void FolderTree::free(FolderNode* folder) {
+    *folder = FolderNode{.nextSibling = firstFree, .number = folder->number};
+    firstFree = folder;
+    if (--live > 0) return;
+    firstFree = nullptr;
+    allocated = 0;
+    blocks.clear();
 }
 
 void FolderTree::attach(FolderNode* folder, FolderNode* parent, std::string_view name) {
@@ -146,11 +170,18 @@ void FolderTree::attach(FolderNode* folder, FolderNode* parent, std::string_view
     folder->nextSibling = parent->firstChild;
     if (parent->firstChild) parent->firstChild->previousSibling = folder;
     parent->firstChild = folder;
-    children.insert(folder);
+    remember(folder);
 }
 
-void FolderTree::destroy(FolderNode* folder) {
-    delete folder;
+void FolderTree::remember(FolderNode* folder) {
+    nodesByName.insert(hashOf(folder), folder->number, [this](std::uint32_t number) { return hashOf(node(number)); });
+    folder->isAttached = true;
+}
+
+void FolderTree::forget(FolderNode* folder) {
+    if (!folder->isAttached) return;
+    nodesByName.erase(hashOf(folder), folder->number);
+    folder->isAttached = false;
 }
 
 FolderNode* topOf(FolderNode* folder) {

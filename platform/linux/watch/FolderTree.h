@@ -9,6 +9,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "platform/NodeTable.h"
 #include "platform/linux/FileIdentity.h"
 #include "platform/linux/watch/FolderSnapshot.h"
 
@@ -29,7 +30,8 @@ struct NameKeyHash {
 // How a folder's first listing is taken: as what everybody knows anyway, or as news.
 enum class FirstListing : std::uint8_t { known, news };
 
-// A folder of a watched tree. Its path follows from its ancestors, so that moving it is a matter of one pointer.
+// A folder of a watched tree. Its path follows from its ancestors, so that moving it is a matter of one pointer. There
+// is one for each watched folder, so every byte counts.
 struct FolderNode {
     FolderNode* parent{}; // null for the top of a tree
     std::string name{};   // for a top, its whole path
@@ -44,15 +46,17 @@ struct FolderNode {
     std::int64_t
         settledStamp{}; // nanoseconds of the last change before the listing; 0 when that was too fresh to trust
     int watch = -1;
+    std::uint32_t number{};        // by which the tree finds it
     std::uint32_t timesQueued = 0; // the crawl has so many pointers to it
-    std::uint8_t failures = 0;     // how many times in a row it was not found where it should be
-    FirstListing firstListing{};
-    bool isListed = false;
-    bool isDead = false;
-    bool isOfInterest = false;
-    bool mustCompareBelow = false; // what was lost may concern everything in it
-    bool isRemote = false;         // others may change it without a word from this kernel
-    bool hasLostWatch = false;     // the kernel took the watch away, as it does when the folder is no more
+    std::uint8_t failures : 4 = 0; // how many times in a row it was not found where it should be
+    FirstListing firstListing : 1 {};
+    bool isAttached : 1 = false; // to its parent, or as the top of a tree
+    bool isListed : 1 = false;
+    bool isDead : 1 = false;
+    bool isOfInterest : 1 = false;
+    bool mustCompareBelow : 1 = false; // what was lost may concern everything in it
+    bool isRemote : 1 = false;         // others may change it without a word from this kernel
+    bool hasLostWatch : 1 = false;     // the kernel took the watch away, as it does when the folder is no more
 };
 
 // The folders of all watched trees. A folder that goes away stays allocated until release(), because pending changes
@@ -61,7 +65,6 @@ class FolderTree {
 public:
     FolderTree() = default;
     FolderTree(const FolderTree&) = delete;
-    ~FolderTree();
 
     FolderNode* addTop(const std::string& path);
     FolderNode* addChild(FolderNode* parent, std::string_view name);
@@ -83,7 +86,7 @@ public:
         if (folder->isDead) return;
         detach(folder);
         forSubtree(folder, [&](FolderNode* each) {
-            children.erase(each);
+            forget(each);
             each->isDead = true;
             dead.push_back(each);
             gone(each);
@@ -104,31 +107,30 @@ public:
         }
     }
 
-    std::size_t size() const { return children.size(); }
+    template <class Visit>
+    void forEachAttached(const Visit& visit) const {
+        for (std::uint32_t number = 0; number < allocated; ++number) {
+            if (FolderNode* folder = node(number); folder->isAttached) visit(folder);
+        }
+    }
+
+    FolderNode* node(std::uint32_t number) const { return &blocks[number / nodesInBlock][number % nodesInBlock]; }
+    std::size_t size() const { return nodesByName.size(); }
 
 private:
-    struct ChildView {
-        const FolderNode* parent{};
-        std::string_view name{};
-    };
-    struct ChildHash {
-        using is_transparent = void;
-        std::size_t operator()(const ChildView& view) const;
-        std::size_t operator()(const FolderNode* node) const { return (*this)({node->parent, node->name}); }
-    };
-    struct ChildEqual {
-        using is_transparent = void;
-        bool operator()(const FolderNode* a, const FolderNode* b) const { return a == b; }
-        bool operator()(const ChildView& view, const FolderNode* node) const {
-            return view.parent == node->parent && view.name == node->name;
-        }
-        bool operator()(const FolderNode* node, const ChildView& view) const { return (*this)(view, node); }
-    };
+    static constexpr std::uint32_t nodesInBlock = 128;
 
+    FolderNode* allocate();
+    void free(FolderNode* folder);
     void attach(FolderNode* folder, FolderNode* parent, std::string_view name);
-    static void destroy(FolderNode* folder);
+    void remember(FolderNode* folder);
+    void forget(FolderNode* folder);
 
-    std::unordered_set<FolderNode*, ChildHash, ChildEqual> children{}; // all that are attached, and the tops
+    std::vector<std::unique_ptr<FolderNode[]>> blocks{};
+    std::uint32_t allocated = 0; // every node ever made in the blocks has a number below this
+    FolderNode* firstFree{};     // a list through nextSibling
+    std::size_t live = 0;        // nodes in use, be they dead
+    NodeTable nodesByName{};     // all that are attached, by parent and name
     std::vector<FolderNode*> dead{};
     std::vector<FolderNode*> displaced{}; // those that may have a reported place
 };

@@ -63,7 +63,7 @@ TreeWatcher::Statistics TreeWatcher::statistics() const {
                       .watches = foldersByWatch.size(),
                       .waiting = urgent.size() + background.size(),
                       .pendingNames = pending.size()};
-    for (const auto& [watch, folder] : foldersByWatch) result.snapshotBytes += folder->snapshot.memoryUse();
+    tree.forEachAttached([&](const FolderNode* folder) { result.snapshotBytes += folder->snapshot.memoryUse(); });
     return result;
 }
 
@@ -79,11 +79,7 @@ void TreeWatcher::handleRecord(const KernelRecord& record) {
         mustWatchAncestors = true;
         pending.touchWindow(now);
     }
-    const auto [begin, end] = foldersByWatch.equal_range(record.watch);
-    std::vector<FolderNode*> folders;
-    for (auto each = begin; each != end; ++each) folders.push_back(each->second);
-    if (record.mask & IN_IGNORED) foldersByWatch.erase(begin, end);
-    for (FolderNode* folder : folders) {
+    for (FolderNode* folder : foldersByWatch.all(record.watch)) {
         if (record.name.empty())
             handleFolderRecord(folder, record, now);
         else
@@ -96,6 +92,7 @@ void TreeWatcher::handleFolderRecord(FolderNode* folder, const KernelRecord& rec
     if (isRoot && (record.mask & (IN_MOVE_SELF | IN_DELETE_SELF | IN_IGNORED))) pending.touchWindow(now);
     if (record.mask & IN_UNMOUNT) pending.touchWindow(now);
     if (record.mask & IN_IGNORED) {
+        foldersByWatch.remove(folder);
         folder->watch = -1;
         folder->hasLostWatch = true;
         // As a rule the parent tells next that the folder is gone. If not, it has to be watched again.

@@ -12,6 +12,7 @@
 
 #include "platform/EventStream.h"
 #include "platform/linux/watch/FolderTree.h"
+#include "platform/linux/watch/FoldersByWatch.h"
 #include "platform/linux/watch/KernelRecord.h"
 #include "platform/linux/watch/PendingChanges.h"
 #include "platform/linux/watch/WatchSystem.h"
@@ -131,7 +132,7 @@ private:
     std::vector<Root> roots{}; // sorted by path
     EventStreamInterest interest{};
     ReportingPaths paths{};
-    std::unordered_multimap<int, FolderNode*> foldersByWatch{}; // several where trees overlap by links or mounts
+    FoldersByWatch foldersByWatch{tree};
     std::unordered_map<std::string, int> watchByAncestor{};
     std::deque<CrawlStep> urgent{};               // of folders that events or interest lead to
     std::deque<CrawlStep> background{};           // of folders that nobody looks at

@@ -97,14 +97,12 @@ void TreeWatcher::own(FolderNode* folder, int watch) {
     disown(folder);
     folder->watch = watch;
     folder->hasLostWatch = false;
-    foldersByWatch.emplace(watch, folder);
+    foldersByWatch.enter(folder);
 }
 
 void TreeWatcher::disown(FolderNode* folder) {
     if (folder->watch < 0) return;
-    const auto [begin, end] = foldersByWatch.equal_range(folder->watch);
-    const auto own = std::find_if(begin, end, [&](const auto& entry) { return entry.second == folder; });
-    if (own != end) foldersByWatch.erase(own);
+    foldersByWatch.remove(folder);
     const int watch = std::exchange(folder->watch, -1);
     const bool isAncestor =
         std::ranges::any_of(watchByAncestor, [&](const auto& entry) { return entry.second == watch; });
@@ -171,7 +169,8 @@ void TreeWatcher::compare(FolderNode* folder) {
     }
     if (!keepWatch(folder, path)) return;
     folder->failures = 0;
-    const bool goesOn = std::exchange(folder->mustCompareBelow, false);
+    const bool goesOn = folder->mustCompareBelow;
+    folder->mustCompareBelow = false;
     const FolderStatus status = opened.folder->status();
     if (folder->settledStamp == 0 || folder->settledStamp != status.stamp) {
         compareEntries(folder, *opened.folder);
@@ -293,15 +292,12 @@ void TreeWatcher::crawlUnlisted(FolderNode* folder) {
 // Gives up the watch that was taken last for a folder that nobody looks at.
 bool TreeWatcher::takeBackWatch() {
     FolderNode* last = nullptr;
-    for (const auto& [watch, folder] : foldersByWatch) {
-        if (folder->parent && !folder->isOfInterest && (!last || watch > last->watch)) last = folder;
-    }
+    tree.forEachAttached([&](FolderNode* folder) {
+        if (folder->watch < 0 || !folder->parent || folder->isOfInterest) return;
+        if (!last || folder->watch > last->watch) last = folder;
+    });
     if (!last) return false;
-    const int watch = last->watch;
-    const auto [begin, end] = foldersByWatch.equal_range(watch);
-    std::vector<FolderNode*> folders;
-    for (auto each = begin; each != end; ++each) folders.push_back(each->second);
-    for (FolderNode* folder : folders) {
+    for (FolderNode* folder : foldersByWatch.all(last->watch)) {
         disown(folder);
         enqueue(background, folder, true);
     }

@@ -41,6 +41,8 @@ public:
     // The node must be in the table under this hash.
     void erase(std::uint64_t hash, Node node);
 
+    std::size_t size() const { return total; }
+
     // Makes an empty table as large as so many nodes need.
     void reserve(std::size_t count);
 

@@ -1,4 +1,4 @@
-#include "identity/NodeTable.h"
+#include "platform/NodeTable.h"
 
 #include <cassert>
 #include <utility>
