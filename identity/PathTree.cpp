@@ -75,6 +75,15 @@ void PathTree::indexNames() {
     for (Node node = top + 1; node < allocated; ++node) insertName(node);
 }
 
+void PathTree::setValue(Node node, std::uint64_t value) {
+    record(node).lowerHalf = static_cast<std::uint32_t>(value);
+    const auto upperHalf = static_cast<std::uint32_t>(value >> 32);
+    auto& upperHalves = upperHalvesByBlock[node / recordsInBlock];
+    if (!upperHalves && upperHalf == 0) return;
+    if (!upperHalves) upperHalves = std::make_unique<std::uint32_t[]>(recordsInBlock);
+    upperHalves[node % recordsInBlock] = upperHalf;
+}
+
 std::string PathTree::path(Node node) const {
     std::vector<std::string_view> parts;
     std::size_t size = root.size();
@@ -169,7 +178,10 @@ PathTree::Node PathTree::allocate() {
         return node;
     }
     if (allocated == std::numeric_limits<Node>::max()) throw std::length_error("too many paths");
-    if (allocated % recordsInBlock == 0) blocks.push_back(std::make_unique_for_overwrite<Record[]>(recordsInBlock));
+    if (allocated % recordsInBlock == 0) {
+        upperHalvesByBlock.resize(allocated / recordsInBlock + 1);
+        blocks.push_back(std::make_unique_for_overwrite<Record[]>(recordsInBlock));
+    }
     record(allocated) = {};
     return allocated++;
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -11,7 +10,7 @@
 #include "identity/ByteArena.h"
 #include "platform/NodeTable.h"
 
-// Paths in large numbers, as a tree of names below a root. A node costs its name, 28 bytes, and some six bytes in a
+// Paths in large numbers, as a tree of names below a root. A node costs its name, 24 bytes, and some six bytes in a
 // table by which a directory finds its children. Moving a subtree relinks one node; leaving one out visits only it.
 //
 // A node carries a value that belongs to the tree's owner; 0 says that the path as such means nothing. Several nodes
@@ -52,12 +51,11 @@ public:
     void indexNames();
 
     std::uint64_t value(Node node) const {
-        const auto& halves = record(node).value;
-        return std::uint64_t{halves[1]} << 32 | halves[0];
+        const auto& upperHalves = upperHalvesByBlock[node / recordsInBlock];
+        const std::uint64_t upperHalf = upperHalves ? upperHalves[node % recordsInBlock] : 0;
+        return upperHalf << 32 | record(node).lowerHalf;
     }
-    void setValue(Node node, std::uint64_t value) {
-        record(node).value = {static_cast<std::uint32_t>(value), static_cast<std::uint32_t>(value >> 32)};
-    }
+    void setValue(Node node, std::uint64_t value);
     std::string path(Node node) const;
     std::string_view name(Node node) const { return names.view(record(node).name); } // valid while the node is
 
@@ -102,7 +100,7 @@ private:
         Node previous{};
         Node next{};
         ByteArena::Reference name{};
-        std::array<std::uint32_t, 2> value{}; // in halves, so that a record needs no padding
+        std::uint32_t lowerHalf{}; // of the value
     };
     static constexpr std::size_t recordsInBlock = 1024;
 
@@ -118,6 +116,8 @@ private:
 
     std::string root;
     std::vector<std::unique_ptr<Record[]>> blocks{};
+    // Few file systems have file numbers of more than 32 bits; a block has these only once there is one in it.
+    std::vector<std::unique_ptr<std::uint32_t[]>> upperHalvesByBlock{};
     ByteArena names{};
     NodeTable nodesByName{};
     Node allocated = 0;    // every node ever made is below this

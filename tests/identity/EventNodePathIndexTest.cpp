@@ -109,6 +109,7 @@ TEST(EventNodePathIndex, HintsAreComparedAsTextAndNotByValue) {
                   {"number:07", "/c"},
                   {"number:+7", "/d"},
                   {"data:Nw==", "/e"},
+                  {"number:4294967303", "/i"}, // 7 and a bit in the upper half
                   {"number:18446744073709551615", "/f"},
                   {"number:18446744073709551616", "/g"},
                   {"", "/h"}};
@@ -146,9 +147,11 @@ public:
         return path;
     }
     std::string hint() {
-        const std::string number = std::to_string(random() % 60);
+        const std::string number = std::to_string(fileNumber());
         return one(10) ? "data:" + number : "number:" + number;
     }
+    // Some differ in the upper half alone.
+    std::uint64_t fileNumber() { return random() % 30 | (one(2) ? 0 : std::uint64_t{1} << 40); }
     bool one(unsigned in) { return random() % in == 0; }
 
     std::string root = "/w";
@@ -198,7 +201,7 @@ void checkAgainstPlainIndex(const std::string& rootPath, std::mt19937& random) {
                 if (path.ends_with('/')) break; // a listing has the normal form of its directory's path
                 std::vector<EventNodePathIndex::NumberedName> children;
                 for (const char* name : {"a", "b", "c", "ab"}) {
-                    if (some.one(2)) children.push_back({name, random() % 60});
+                    if (some.one(2)) children.push_back({name, some.fileNumber()});
                 }
                 index.setChildren(path, children);
                 for (const auto& [name, number] : children) {

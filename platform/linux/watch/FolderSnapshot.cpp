@@ -1,7 +1,11 @@
 #include "platform/linux/watch/FolderSnapshot.h"
 
+#include <algorithm>
 #include <bit>
+#include <cstring>
 #include <functional>
+#include <limits>
+#include <new>
 #include <utility>
 
 namespace {
@@ -9,44 +13,65 @@ namespace {
 // An entry: a byte with the type and the number of bytes of the inode, the inode, the length of the name, the name.
 constexpr unsigned typeBits = 2;
 
+// For the names of a usual folder.
+constexpr std::size_t roomForListing = 512;
+
 std::size_t byteCount(std::uint64_t number) {
     return (static_cast<std::size_t>(std::bit_width(number)) + 7) / 8;
-}
-
-char packedHead(ItemIdentity identity) {
-    return static_cast<char>(byteCount(identity.inode) << typeBits | static_cast<unsigned>(identity.type));
 }
 
 } // namespace
 
 ItemIdentity FolderSnapshot::find(std::string_view name) const {
     const std::size_t offset = offsetOf(name);
-    return offset == bytes.size() ? ItemIdentity{} : entryAt(offset).identity;
+    return offset == size() ? ItemIdentity{} : entryAt(offset).identity;
 }
 
 void FolderSnapshot::set(std::string_view name, ItemIdentity identity) {
     const std::size_t offset = offsetOf(name);
-    if (offset != bytes.size()) {
+    if (offset != size()) {
         if (entryAt(offset).identity == identity) return;
         remove(offset);
     }
     if (!identity) return;
-    append(name, identity);
+    put(name, identity, size() / 4);
     if (!index) buildIndexIfLarge();
 }
 
 void FolderSnapshot::append(std::string_view name, ItemIdentity identity) {
-    const std::size_t offset = bytes.size();
-    bytes.push_back(packedHead(identity));
-    for (std::uint64_t rest = identity.inode; rest != 0; rest >>= 8) bytes.push_back(static_cast<char>(rest & 0xFF));
-    bytes.push_back(static_cast<char>(name.size()));
-    bytes.insert(bytes.end(), name.begin(), name.end());
-    if (index) enterIntoIndex(name, offset);
+    put(name, identity, std::max(roomForListing, size()));
 }
 
 void FolderSnapshot::finishAppending() {
-    bytes.shrink_to_fit();
+    if (pack) setCapacity(size());
     if (!index) buildIndexIfLarge();
+}
+
+void FolderSnapshot::setCapacity(std::size_t capacity) {
+    if (capacity >= std::numeric_limits<std::uint32_t>::max()) throw std::bad_alloc();
+    auto* moved = static_cast<Pack*>(std::realloc(pack.get(), sizeof(Pack) + capacity));
+    if (!moved) throw std::bad_alloc();
+    const bool isNew = !pack.release();
+    pack.reset(moved);
+    if (isNew) *pack = {};
+    pack->capacity = static_cast<std::uint32_t>(capacity);
+}
+
+void FolderSnapshot::put(std::string_view name, ItemIdentity identity, std::size_t roomAtLeast) {
+    const std::size_t offset = size();
+    if (offset == 0 && !pack) setCapacity(roomAtLeast);
+    if (offset == 0) pack->base = static_cast<std::uint32_t>(identity.inode);
+    std::uint64_t difference = identity.inode ^ pack->base;
+    const std::size_t inodeSize = byteCount(difference);
+    const std::size_t entrySize = 2 + inodeSize + name.size();
+    if (offset + entrySize > pack->capacity) setCapacity(offset + std::max(entrySize, roomAtLeast));
+    char* place = bytes() + offset;
+    *place++ = static_cast<char>(inodeSize << typeBits | static_cast<unsigned>(identity.type));
+    for (; difference != 0; difference >>= 8) *place++ = static_cast<char>(difference & 0xFF);
+    *place++ = static_cast<char>(name.size());
+    std::memcpy(place, name.data(), name.size());
+    pack->size += static_cast<std::uint32_t>(entrySize);
+    if (index) enterIntoIndex(name, offset);
 }
 
 bool FolderSnapshot::isEmpty() const {
@@ -56,25 +81,27 @@ bool FolderSnapshot::isEmpty() const {
 }
 
 std::size_t FolderSnapshot::memoryUse() const {
-    return bytes.capacity() + (index ? sizeof(Index) + index->slots.capacity() * sizeof(std::uint32_t) : 0);
+    return (pack ? sizeof(Pack) + pack->capacity : 0) +
+           (index ? sizeof(Index) + index->slots.capacity() * sizeof(std::uint32_t) : 0);
 }
 
 FolderSnapshot::Entry FolderSnapshot::entryAt(std::size_t offset) const {
-    const auto byteAt = [&](std::size_t at) { return static_cast<unsigned char>(bytes[at]); };
-    const unsigned head = byteAt(offset);
+    const char* entry = bytes() + offset;
+    const auto byteAt = [&](std::size_t at) { return static_cast<unsigned char>(entry[at]); };
+    const unsigned head = byteAt(0);
     const std::size_t inodeSize = head >> typeBits;
-    std::uint64_t inode = 0;
-    for (std::size_t i = inodeSize; i > 0; --i) inode = inode << 8 | byteAt(offset + i);
-    const std::size_t nameSize = byteAt(offset + 1 + inodeSize);
-    return {.name = {bytes.data() + offset + 2 + inodeSize, nameSize},
-            .identity = {inode, static_cast<ItemType>(head & ((1U << typeBits) - 1))},
+    std::uint64_t difference = 0;
+    for (std::size_t i = inodeSize; i > 0; --i) difference = difference << 8 | byteAt(i);
+    const std::size_t nameSize = byteAt(1 + inodeSize);
+    return {.name = {entry + 2 + inodeSize, nameSize},
+            .identity = {difference ^ pack->base, static_cast<ItemType>(head & ((1U << typeBits) - 1))},
             .size = 2 + inodeSize + nameSize};
 }
 
 std::size_t FolderSnapshot::offsetOf(std::string_view name) const {
     if (!index) {
         std::size_t offset = 0;
-        while (offset < bytes.size() && entryAt(offset).name != name) offset += entryAt(offset).size;
+        while (offset < size() && entryAt(offset).name != name) offset += entryAt(offset).size;
         return offset;
     }
     const std::size_t mask = index->slots.size() - 1;
@@ -83,19 +110,20 @@ std::size_t FolderSnapshot::offsetOf(std::string_view name) const {
         const Entry entry = entryAt(index->slots[slot] - 1);
         if (entry.identity && entry.name == name) return index->slots[slot] - 1;
     }
-    return bytes.size();
+    return size();
 }
 
 void FolderSnapshot::remove(std::size_t offset) {
-    const std::size_t size = entryAt(offset).size;
+    const std::size_t entrySize = entryAt(offset).size;
+    char* const entry = bytes() + offset;
     if (!index) {
-        const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(offset);
-        bytes.erase(begin, begin + static_cast<std::ptrdiff_t>(size));
+        std::memmove(entry, entry + entrySize, size() - offset - entrySize);
+        pack->size -= static_cast<std::uint32_t>(entrySize);
         return;
     }
-    bytes[offset] = static_cast<char>(static_cast<unsigned char>(bytes[offset]) & ~((1U << typeBits) - 1));
-    index->removedBytes += size;
-    if (index->removedBytes * 2 > bytes.size()) rebuild();
+    *entry = static_cast<char>(static_cast<unsigned char>(*entry) & ~((1U << typeBits) - 1));
+    index->removedBytes += entrySize;
+    if (index->removedBytes * 2 > size()) rebuild();
 }
 
 void FolderSnapshot::enterIntoIndex(std::string_view name, std::size_t offset) {
@@ -112,25 +140,27 @@ void FolderSnapshot::enterIntoIndex(std::string_view name, std::size_t offset) {
 
 void FolderSnapshot::buildIndexIfLarge() {
     std::size_t count = 0;
-    for (std::size_t offset = 0; offset < bytes.size(); offset += entryAt(offset).size) ++count;
+    for (std::size_t offset = 0; offset < size() && count <= indexedFrom; offset += entryAt(offset).size) ++count;
     if (count > indexedFrom) rebuild();
 }
 
+// Moves what is still there together, and enters all of it into a new index.
 void FolderSnapshot::rebuild() {
-    std::vector<char> kept;
     std::size_t count = 0;
-    kept.reserve(bytes.size() - (index ? index->removedBytes : 0));
-    for (std::size_t offset = 0; offset < bytes.size();) {
+    std::uint32_t kept = 0;
+    for (std::size_t offset = 0; offset < size();) {
         const Entry entry = entryAt(offset);
         if (entry.identity) {
-            kept.insert(kept.end(), &bytes[offset], &bytes[offset] + entry.size);
+            std::memmove(bytes() + kept, bytes() + offset, entry.size);
+            kept += static_cast<std::uint32_t>(entry.size);
             ++count;
         }
         offset += entry.size;
     }
-    bytes = std::move(kept);
-    index = std::make_unique<Index>();
-    index->slots.resize(std::bit_ceil(count * 2 + 2));
-    for (std::size_t offset = 0; offset < bytes.size(); offset += entryAt(offset).size)
+    auto fresh = std::make_unique<Index>();
+    fresh->slots.resize(std::bit_ceil(count * 2 + 2));
+    pack->size = kept;
+    index = std::move(fresh);
+    for (std::size_t offset = 0; offset < size(); offset += entryAt(offset).size)
         enterIntoIndex(entryAt(offset).name, offset);
 }

@@ -2,15 +2,16 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <string_view>
 #include <vector>
 
 #include "platform/linux/watch/ItemIdentity.h"
 
-// The entries of one folder as they were last reported, packed: an entry costs its name and some six bytes. There is
-// one such object for every watched folder, and most have few entries, which are simply searched; large ones have an
-// index.
+// The entries of one folder as they were last reported, packed: an entry costs its name and some three bytes, since
+// files that were made together have similar numbers. There is one such object for every watched folder, and most have
+// few entries, which are simply searched; large ones have an index.
 class FolderSnapshot {
 public:
     ItemIdentity find(std::string_view name) const; // of type none when there is no such entry
@@ -24,7 +25,7 @@ public:
 
     template <class Visit>
     void forEach(const Visit& visit) const {
-        for (std::size_t offset = 0; offset < bytes.size();) {
+        for (std::size_t offset = 0; offset < size();) {
             const Entry entry = entryAt(offset);
             if (entry.identity) visit(entry.name, entry.identity);
             offset += entry.size;
@@ -50,13 +51,28 @@ private:
         std::size_t removedBytes = 0; // in the pack
     };
 
+    // What stands in front of the entries.
+    struct Pack {
+        std::uint32_t size{};     // of the entries, in bytes
+        std::uint32_t capacity{}; // for so many
+        // The lower half of the first entry's number. All are kept as what sets them apart from it.
+        std::uint32_t base{};
+    };
+    struct Free {
+        void operator()(Pack* pack) const { std::free(pack); }
+    };
+
+    std::size_t size() const { return pack ? pack->size : 0; }
+    char* bytes() const { return reinterpret_cast<char*>(pack.get() + 1); }
+    void setCapacity(std::size_t capacity);
+    void put(std::string_view name, ItemIdentity identity, std::size_t roomAtLeast);
     Entry entryAt(std::size_t offset) const;
-    std::size_t offsetOf(std::string_view name) const; // bytes.size() when there is no such entry
+    std::size_t offsetOf(std::string_view name) const; // size() when there is no such entry
     void remove(std::size_t offset);
     void enterIntoIndex(std::string_view name, std::size_t offset);
     void buildIndexIfLarge();
     void rebuild();
 
-    std::vector<char> bytes{};
+    std::unique_ptr<Pack, Free> pack{}; // absent before the first entry
     std::unique_ptr<Index> index{};
 };

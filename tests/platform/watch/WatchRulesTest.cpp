@@ -138,7 +138,9 @@ TEST(FolderSnapshot, KeepsWhatIsSet) {
         snapshot.finishAppending();
         for (int step = 0; step < 20000; ++step) {
             const std::string name = "n" + std::to_string(random() % names);
-            const ItemIdentity identity = random() % 3 == 0 ? nothing : ItemIdentity{random() % 100000, file};
+            const std::uint64_t upperHalf = random() % 2 == 0 ? 0 : std::uint64_t{random()} << 32;
+            const ItemIdentity identity =
+                random() % 3 == 0 ? nothing : ItemIdentity{upperHalf | random() % 100000, file};
             snapshot.set(name, identity);
             if (identity)
                 expected[name] = identity;
