@@ -10,11 +10,11 @@ constexpr std::size_t nodesInReservedShard = 2048;
 constexpr unsigned deepest = 24; // the hash bits below are for the place in the shard
 
 std::size_t capacityFor(std::size_t nodes) {
-    return nodes * 5 / 4 + 8;
+    return nodes * 6 / 5 + 8;
 }
 
 std::size_t withRoomToGrow(std::size_t nodes) {
-    return nodes * 8 / 5;
+    return nodes * 7 / 5;
 }
 
 } // namespace

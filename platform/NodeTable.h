@@ -61,7 +61,7 @@ private:
         }
         std::uint32_t slotAfter(std::uint32_t slot) const { return slot + 1 == capacity ? 0 : slot + 1; }
         std::uint32_t slotBefore(std::uint32_t slot) const { return slot == 0 ? capacity - 1 : slot - 1; }
-        bool isFull() const { return (used + 1) * std::uint64_t{100} > capacity * std::uint64_t{85}; }
+        bool isFull() const { return (used + 1) * std::uint64_t{100} > capacity * std::uint64_t{90}; }
         void place(std::uint64_t hash, Node node);
         void erase(std::uint64_t hash, Node node);
 

@@ -4,7 +4,6 @@
 #include <bit>
 #include <cstring>
 #include <functional>
-#include <limits>
 #include <new>
 #include <utility>
 
@@ -15,6 +14,8 @@ constexpr unsigned typeBits = 2;
 
 // For the names of a usual folder.
 constexpr std::size_t roomForListing = 512;
+
+constexpr std::uint32_t largestCapacity = 0x7FFFFFFF;
 
 std::size_t byteCount(std::uint64_t number) {
     return (static_cast<std::size_t>(std::bit_width(number)) + 7) / 8;
@@ -35,7 +36,7 @@ void FolderSnapshot::set(std::string_view name, ItemIdentity identity) {
     }
     if (!identity) return;
     put(name, identity, size() / 4);
-    if (!index) buildIndexIfLarge();
+    if (!index()) buildIndexIfLarge();
 }
 
 void FolderSnapshot::append(std::string_view name, ItemIdentity identity) {
@@ -44,17 +45,26 @@ void FolderSnapshot::append(std::string_view name, ItemIdentity identity) {
 
 void FolderSnapshot::finishAppending() {
     if (pack) setCapacity(size());
-    if (!index) buildIndexIfLarge();
+    if (!index()) buildIndexIfLarge();
 }
 
 void FolderSnapshot::setCapacity(std::size_t capacity) {
-    if (capacity >= std::numeric_limits<std::uint32_t>::max()) throw std::bad_alloc();
-    auto* moved = static_cast<Pack*>(std::realloc(pack.get(), sizeof(Pack) + capacity));
+    if (capacity > largestCapacity) throw std::bad_alloc();
+    Index* const index = this->index();
+    auto* moved = static_cast<Pack*>(std::realloc(pack.get(), sizeof(Pack) + capacity + (index ? sizeof index : 0)));
     if (!moved) throw std::bad_alloc();
     const bool isNew = !pack.release();
     pack.reset(moved);
     if (isNew) *pack = {};
-    pack->capacity = static_cast<std::uint32_t>(capacity);
+    pack->capacity = static_cast<std::uint32_t>(capacity) & largestCapacity;
+    if (index) std::memcpy(bytes() + capacity, &index, sizeof index);
+}
+
+FolderSnapshot::Index* FolderSnapshot::indexOf(const Pack* pack) {
+    if (!pack || !pack->isIndexed) return nullptr;
+    Index* index = nullptr;
+    std::memcpy(&index, reinterpret_cast<const char*>(pack + 1) + pack->capacity, sizeof index);
+    return index;
 }
 
 void FolderSnapshot::put(std::string_view name, ItemIdentity identity, std::size_t roomAtLeast) {
@@ -71,7 +81,7 @@ void FolderSnapshot::put(std::string_view name, ItemIdentity identity, std::size
     *place++ = static_cast<char>(name.size());
     std::memcpy(place, name.data(), name.size());
     pack->size += static_cast<std::uint32_t>(entrySize);
-    if (index) enterIntoIndex(name, offset);
+    if (index()) enterIntoIndex(name, offset);
 }
 
 bool FolderSnapshot::isEmpty() const {
@@ -82,7 +92,7 @@ bool FolderSnapshot::isEmpty() const {
 
 std::size_t FolderSnapshot::memoryUse() const {
     return (pack ? sizeof(Pack) + pack->capacity : 0) +
-           (index ? sizeof(Index) + index->slots.capacity() * sizeof(std::uint32_t) : 0);
+           (index() ? sizeof(Index*) + sizeof(Index) + index()->slots.capacity() * sizeof(std::uint32_t) : 0);
 }
 
 FolderSnapshot::Entry FolderSnapshot::entryAt(std::size_t offset) const {
@@ -99,6 +109,7 @@ FolderSnapshot::Entry FolderSnapshot::entryAt(std::size_t offset) const {
 }
 
 std::size_t FolderSnapshot::offsetOf(std::string_view name) const {
+    const Index* index = this->index();
     if (!index) {
         std::size_t offset = 0;
         while (offset < size() && entryAt(offset).name != name) offset += entryAt(offset).size;
@@ -116,6 +127,7 @@ std::size_t FolderSnapshot::offsetOf(std::string_view name) const {
 void FolderSnapshot::remove(std::size_t offset) {
     const std::size_t entrySize = entryAt(offset).size;
     char* const entry = bytes() + offset;
+    Index* const index = this->index();
     if (!index) {
         std::memmove(entry, entry + entrySize, size() - offset - entrySize);
         pack->size -= static_cast<std::uint32_t>(entrySize);
@@ -127,6 +139,7 @@ void FolderSnapshot::remove(std::size_t offset) {
 }
 
 void FolderSnapshot::enterIntoIndex(std::string_view name, std::size_t offset) {
+    Index* const index = this->index();
     if ((index->used + 1) * 4 > index->slots.size() * 3) {
         rebuild(); // enters all there is, this one included
         return;
@@ -147,20 +160,38 @@ void FolderSnapshot::buildIndexIfLarge() {
 // Moves what is still there together, and enters all of it into a new index.
 void FolderSnapshot::rebuild() {
     std::size_t count = 0;
+    forEach([&](std::string_view, ItemIdentity) { ++count; });
+    auto fresh = std::make_unique<Index>();
+    fresh->slots.resize(std::bit_ceil(count * 2 + 2));
+    setIndex(std::move(fresh));
     std::uint32_t kept = 0;
     for (std::size_t offset = 0; offset < size();) {
         const Entry entry = entryAt(offset);
         if (entry.identity) {
             std::memmove(bytes() + kept, bytes() + offset, entry.size);
             kept += static_cast<std::uint32_t>(entry.size);
-            ++count;
         }
         offset += entry.size;
     }
-    auto fresh = std::make_unique<Index>();
-    fresh->slots.resize(std::bit_ceil(count * 2 + 2));
     pack->size = kept;
-    index = std::move(fresh);
     for (std::size_t offset = 0; offset < size(); offset += entryAt(offset).size)
         enterIntoIndex(entryAt(offset).name, offset);
+}
+
+void FolderSnapshot::setIndex(std::unique_ptr<Index> fresh) {
+    if (Index* const former = index()) {
+        *former = std::move(*fresh);
+        return;
+    }
+    const std::size_t capacity = pack->capacity;
+    setCapacity(capacity + sizeof(Index*)); // the pointer's place
+    pack->capacity = static_cast<std::uint32_t>(capacity) & largestCapacity;
+    pack->isIndexed = 1;
+    const Index* const index = fresh.release();
+    std::memcpy(bytes() + capacity, &index, sizeof index);
+}
+
+void FolderSnapshot::Free::operator()(Pack* pack) const {
+    delete indexOf(pack);
+    std::free(pack);
 }

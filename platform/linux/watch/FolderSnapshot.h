@@ -53,17 +53,21 @@ private:
 
     // What stands in front of the entries.
     struct Pack {
-        std::uint32_t size{};     // of the entries, in bytes
-        std::uint32_t capacity{}; // for so many
+        std::uint32_t size{};           // of the entries, in bytes
+        std::uint32_t capacity : 31 {}; // for so many; behind it stands a pointer to the index if there is one
+        std::uint32_t isIndexed : 1 {};
         // The lower half of the first entry's number. All are kept as what sets them apart from it.
         std::uint32_t base{};
     };
     struct Free {
-        void operator()(Pack* pack) const { std::free(pack); }
+        void operator()(Pack* pack) const;
     };
 
     std::size_t size() const { return pack ? pack->size : 0; }
     char* bytes() const { return reinterpret_cast<char*>(pack.get() + 1); }
+    static Index* indexOf(const Pack* pack);
+    Index* index() const { return indexOf(pack.get()); }
+    void setIndex(std::unique_ptr<Index> index);
     void setCapacity(std::size_t capacity);
     void put(std::string_view name, ItemIdentity identity, std::size_t roomAtLeast);
     Entry entryAt(std::size_t offset) const;
@@ -74,5 +78,4 @@ private:
     void rebuild();
 
     std::unique_ptr<Pack, Free> pack{}; // absent before the first entry
-    std::unique_ptr<Index> index{};
 };
