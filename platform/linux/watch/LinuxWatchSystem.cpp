@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <fstream>
 #include <iterator>
 #include <utility>
@@ -19,6 +20,8 @@ namespace {
 
 constexpr std::uint32_t folderMask = IN_ATTRIB | IN_MODIFY | IN_CLOSE_WRITE | IN_CREATE | IN_DELETE | IN_DELETE_SELF |
                                      IN_MOVE_SELF | IN_MOVED_FROM | IN_MOVED_TO | IN_ONLYDIR | IN_EXCL_UNLINK;
+constexpr int listingFlags = O_RDONLY | O_NONBLOCK | O_DIRECTORY | O_CLOEXEC;
+
 // Added to what may be there: an ancestor of one root can be part of another one's tree.
 constexpr std::uint32_t ancestorMask = IN_MOVE_SELF | IN_DELETE_SELF | IN_ONLYDIR | IN_MASK_ADD;
 
@@ -60,10 +63,16 @@ Descriptor openDirectory(const std::string& path, int flags) {
     return folder;
 }
 
+} // namespace
+
 class LinuxOpenFolder final : public OpenFolder {
 public:
-    LinuxOpenFolder(Descriptor openDescriptor, const FolderStatus& folderStatus, EntryNumbers trustInNumbers)
-        : descriptor(std::move(openDescriptor)), knownStatus(folderStatus), entryNumbers(trustInNumbers) {}
+    LinuxOpenFolder(LinuxWatchSystem& watchSystem, Descriptor openDescriptor, const FolderStatus& folderStatus,
+                    EntryNumbers trustInNumbers)
+        : system(watchSystem),
+          descriptor(std::move(openDescriptor)),
+          knownStatus(folderStatus),
+          entryNumbers(trustInNumbers) {}
 
     FolderStatus status() const override { return knownStatus; }
 
@@ -90,6 +99,12 @@ public:
         }
     }
 
+    OpenedFolder openFolder(const std::string& name) const override {
+        return system.opened(Descriptor(::openat(descriptor.get(), name.c_str(), listingFlags | O_NOFOLLOW)));
+    }
+
+    AddedWatch watch() const override { return system.addWatch(descriptor.get(), folderMask); }
+
 private:
     // None where the file system does not tell.
     static ItemType entryType(unsigned char type) {
@@ -110,10 +125,13 @@ private:
                (entryNumbers == EntryNumbers::rightButForDirectories && !item.isDirectory());
     }
 
+    LinuxWatchSystem& system;
     Descriptor descriptor;
     FolderStatus knownStatus;
     EntryNumbers entryNumbers;
 };
+
+namespace {
 
 EventCoverage coverageOfType(long type) {
     switch (static_cast<unsigned long>(type) & 0xFFFFFFFF) {
@@ -145,9 +163,11 @@ EventCoverage coverageOfType(long type) {
 LinuxWatchSystem::LinuxWatchSystem() : inotify(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {}
 
 OpenedFolder LinuxWatchSystem::openFolder(const std::string& path, FollowLinks links, OpenFor purpose) {
-    const int access = purpose == OpenFor::looking ? O_PATH : O_RDONLY | O_NONBLOCK;
-    const int follow = links == FollowLinks::yes ? 0 : O_NOFOLLOW;
-    Descriptor descriptor = openDirectory(path, access | follow | O_DIRECTORY | O_CLOEXEC);
+    const int flags = purpose == OpenFor::looking ? O_PATH | O_DIRECTORY | O_CLOEXEC : listingFlags;
+    return opened(openDirectory(path, links == FollowLinks::yes ? flags : flags | O_NOFOLLOW));
+}
+
+OpenedFolder LinuxWatchSystem::opened(Descriptor descriptor) {
     struct stat attributes {};
     if (!descriptor || ::fstat(descriptor.get(), &attributes) != 0) return {.error = errno};
     timespec now{};
@@ -157,7 +177,7 @@ OpenedFolder LinuxWatchSystem::openFolder(const std::string& path, FollowLinks l
     status.isSettled = nanoseconds(now) - status.stamp > settlingTime;
     const Traits traits = traitsOf(descriptor.get(), attributes.st_dev);
     status.coverage = traits.coverage;
-    return {.folder = std::make_unique<LinuxOpenFolder>(std::move(descriptor), status, traits.entryNumbers)};
+    return {.folder = std::make_unique<LinuxOpenFolder>(*this, std::move(descriptor), status, traits.entryNumbers)};
 }
 
 std::optional<FileIdentity> LinuxWatchSystem::directoryAt(const std::string& path) {
@@ -183,6 +203,10 @@ AddedWatch LinuxWatchSystem::watchAncestor(const std::string& path) {
     return addWatch(path, ancestorMask);
 }
 
+std::size_t LinuxWatchSystem::longestPath() const {
+    return PATH_MAX;
+}
+
 void LinuxWatchSystem::unwatch(int watch) {
     ::inotify_rm_watch(inotify.get(), watch);
 }
@@ -196,13 +220,17 @@ std::vector<MountPoint> LinuxWatchSystem::mountPoints() {
 
 AddedWatch LinuxWatchSystem::addWatch(const std::string& path, std::uint32_t mask) {
     if (!inotify) return {.error = EMFILE};
-    int watch = ::inotify_add_watch(inotify.get(), path.c_str(), mask);
+    const int watch = ::inotify_add_watch(inotify.get(), path.c_str(), mask);
     if (watch < 0 && errno == ENAMETOOLONG) {
         const Descriptor folder = openStepwise(path, O_PATH | O_DIRECTORY | O_CLOEXEC);
-        const std::string shortPath = "/proc/self/fd/" + std::to_string(folder.get());
-        if (folder)
-            watch = ::inotify_add_watch(inotify.get(), shortPath.c_str(), mask & ~std::uint32_t{IN_DONT_FOLLOW});
+        if (folder) return addWatch(folder.get(), mask & ~std::uint32_t{IN_DONT_FOLLOW});
     }
+    return {.watch = watch, .error = watch < 0 ? errno : 0};
+}
+
+AddedWatch LinuxWatchSystem::addWatch(int folder, std::uint32_t mask) {
+    const std::string path = "/proc/self/fd/" + std::to_string(folder);
+    const int watch = ::inotify_add_watch(inotify.get(), path.c_str(), mask);
     return {.watch = watch, .error = watch < 0 ? errno : 0};
 }
 

@@ -26,11 +26,16 @@ public:
     ItemIdentity itemAt(const std::string& path) override;
     AddedWatch watchFolder(const std::string& path, FollowLinks links) override;
     AddedWatch watchAncestor(const std::string& path) override;
+    std::size_t longestPath() const override;
     void unwatch(int watch) override;
     std::vector<MountPoint> mountPoints() override;
 
 private:
+    friend class LinuxOpenFolder;
+
+    OpenedFolder opened(Descriptor folder);
     AddedWatch addWatch(const std::string& path, std::uint32_t mask);
+    AddedWatch addWatch(int folder, std::uint32_t mask);
     struct Traits {
         EventCoverage coverage{};
         EntryNumbers entryNumbers{};

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -60,9 +61,15 @@ private:
         std::size_t watchedFolders = 0; // counted for document roots only
     };
 
+    // Nearly all folders of a large tree wait at one time, so a step is small.
     struct CrawlStep {
-        FolderNode* folder{};
-        bool isComparison = false; // with the snapshot, should the folder have been listed before
+        std::uint32_t folderNumber : 31 {};
+        bool isComparison : 1 = false; // with the snapshot, should the folder have been listed before
+    };
+
+    struct OpenAncestor {
+        const FolderNode* folder{};
+        std::unique_ptr<OpenFolder> contents{};
     };
 
     // What the last poll saw in a folder.
@@ -81,7 +88,11 @@ private:
 
     // Single folders.
     void enter(FolderNode* folder, std::deque<CrawlStep>& queueForChildren);
-    bool watch(FolderNode* folder, const std::string& path);
+    OpenedFolder open(const FolderNode* folder, const std::string& path);
+    void keepOpen(const FolderNode* folder, const std::string& path, std::unique_ptr<OpenFolder> contents);
+    bool isDistant(const std::string& path) const { return path.size() >= system.longestPath(); }
+    bool watch(FolderNode* folder, const std::string& path, const OpenFolder& contents);
+    AddedWatch addWatch(const FolderNode* folder, const std::string& path, const OpenFolder& contents);
     void own(FolderNode* folder, int watch);
     void disown(FolderNode* folder);
     void retryLater(FolderNode* folder);
@@ -90,7 +101,7 @@ private:
     void list(FolderNode* folder, const OpenFolder& contents, std::deque<CrawlStep>& queueForChildren);
     void compareAll(FolderNode* top);
     void compare(FolderNode* folder);
-    bool keepWatch(FolderNode* folder, const std::string& path);
+    bool keepWatch(FolderNode* folder, const std::string& path, const OpenFolder& contents);
     void compareEntries(FolderNode* folder, const OpenFolder& contents);
     void compareMissing(FolderNode* folder, const std::map<std::string, ItemIdentity>& present);
     void comparePresent(const NameKey& key, ItemIdentity listed, const OpenFolder& contents);
@@ -136,9 +147,11 @@ private:
     std::unordered_map<std::string, int> watchByAncestor{};
     std::deque<CrawlStep> urgent{};               // of folders that events or interest lead to
     std::deque<CrawlStep> background{};           // of folders that nobody looks at
+    std::vector<OpenAncestor> openAncestors{};    // during a crawl, of folders that are far down
     std::vector<FolderNode*> waitingForClosing{}; // of the window, to be compared then
     std::unordered_map<FolderNode*, FileStamps> stampsByFolder{};
     std::vector<MountPoint> mounts{};
+    bool isCrawling = false;
     bool isOutOfWatches = false;
     bool mustWatchAncestors = false;
     bool isComparingAll = false;

@@ -9,11 +9,14 @@
 namespace {
 
 constexpr std::size_t documentRootLimit = 1000; // folders
+constexpr std::size_t openAncestorLimit = 16;
+constexpr std::size_t longestName = 256; // with the slash before it
 
 } // namespace
 
 void TreeWatcher::crawl(std::chrono::nanoseconds budget) {
     const WatchTime end = system.now() + budget;
+    isCrawling = true;
     while (hasWork() && system.now() < end) {
         take(urgent.empty() ? background : urgent);
         if (isComparingAll && urgent.empty()) {
@@ -21,12 +24,14 @@ void TreeWatcher::crawl(std::chrono::nanoseconds budget) {
             if (std::exchange(mustCompareAllAgain, false)) handleOverflow(system.now());
         }
     }
+    isCrawling = false;
+    openAncestors.clear();
 }
 
 void TreeWatcher::take(std::deque<CrawlStep>& queue) {
     const CrawlStep step = queue.front();
     queue.pop_front();
-    FolderNode* folder = step.folder;
+    FolderNode* folder = tree.node(step.folderNumber);
     --folder->timesQueued;
     if (folder->isDead) return;
     if (folder->isListed) {
@@ -41,7 +46,7 @@ void TreeWatcher::take(std::deque<CrawlStep>& queue) {
 // Watch, then list: what happens in between is told by both, and the net effect knows it once.
 void TreeWatcher::enter(FolderNode* folder, std::deque<CrawlStep>& queueForChildren) {
     const std::string path = currentPath(folder);
-    const OpenedFolder opened = system.openFolder(path, linksAt(folder), OpenFor::listing);
+    OpenedFolder opened = open(folder, path);
     if (!opened.folder) {
         // One that may not be read is tried again when its attributes change.
         if (opened.error != EACCES) retryLater(folder);
@@ -56,11 +61,11 @@ void TreeWatcher::enter(FolderNode* folder, std::deque<CrawlStep>& queueForChild
         if (parent->snapshot.find(folder->name))
             parent->snapshot.set(folder->name, {status.identity.inode, ItemType::directory});
     }
-    if (!watch(folder, path) && !folder->isOfInterest && folder->parent) {
+    if (!watch(folder, path, *opened.folder) && !folder->isOfInterest && folder->parent) {
         if (isOutOfWatches) enqueue(background, folder, false);
         return;
     }
-    if (folder->parent && system.directoryAt(path) != folder->identity) {
+    if (folder->parent && !isDistant(path) && system.directoryAt(path) != folder->identity) {
         // The watch may have gone to another folder that came here in this moment.
         disown(folder);
         retryLater(folder);
@@ -70,19 +75,42 @@ void TreeWatcher::enter(FolderNode* folder, std::deque<CrawlStep>& queueForChild
     folder->settledStamp = status.isSettled && !folder->isRemote ? status.stamp : 0;
     folder->isListed = true;
     list(folder, *opened.folder, queueForChildren);
+    keepOpen(folder, path, std::move(opened.folder));
     if (!paths.folders.contains(path)) return;
     // Somebody may have looked before it was watched.
     folder->isOfInterest = true;
     pending.notice(path, system.now());
 }
 
-bool TreeWatcher::watch(FolderNode* folder, const std::string& path) {
+// The kernel takes no path that is too long, and to go there from the top, step by step, takes the longer the farther
+// down it is. As a rule the parent was entered just before.
+OpenedFolder TreeWatcher::open(const FolderNode* folder, const std::string& path) {
+    if (isDistant(path)) {
+        const auto parent = std::ranges::find(openAncestors, folder->parent, &OpenAncestor::folder);
+        if (parent != openAncestors.end()) return parent->contents->openFolder(folder->name);
+    }
+    return system.openFolder(path, linksAt(folder), OpenFor::listing);
+}
+
+// Only as long as no event is handled, so that a folder and what is kept open of it are the same.
+void TreeWatcher::keepOpen(const FolderNode* folder, const std::string& path, std::unique_ptr<OpenFolder> contents) {
+    if (!isCrawling || !folder->firstChild || path.size() + longestName < system.longestPath()) return;
+    std::erase_if(openAncestors, [&](const OpenAncestor& each) { return each.folder == folder; });
+    if (openAncestors.size() == openAncestorLimit) openAncestors.erase(openAncestors.begin());
+    openAncestors.push_back({folder, std::move(contents)});
+}
+
+// By its path, which costs less, or else by the open folder.
+AddedWatch TreeWatcher::addWatch(const FolderNode* folder, const std::string& path, const OpenFolder& contents) {
+    return isDistant(path) ? contents.watch() : system.watchFolder(path, linksAt(folder));
+}
+
+bool TreeWatcher::watch(FolderNode* folder, const std::string& path, const OpenFolder& contents) {
     if (!system.canWatch()) return false;
-    AddedWatch added = system.watchFolder(path, linksAt(folder));
+    AddedWatch added = addWatch(folder, path, contents);
     if (added.watch < 0 && (added.error == ENOSPC || added.error == ENOMEM)) {
         isOutOfWatches = true;
-        if ((folder->isOfInterest || !folder->parent) && takeBackWatch())
-            added = system.watchFolder(path, linksAt(folder));
+        if ((folder->isOfInterest || !folder->parent) && takeBackWatch()) added = addWatch(folder, path, contents);
     }
     if (added.watch < 0) return false;
     own(folder, added.watch);
@@ -157,7 +185,7 @@ void TreeWatcher::compareAll(FolderNode* top) {
 // Brings the picture of a folder up to date without any event to go by.
 void TreeWatcher::compare(FolderNode* folder) {
     const std::string path = currentPath(folder);
-    const OpenedFolder opened = system.openFolder(path, linksAt(folder), OpenFor::listing);
+    OpenedFolder opened = open(folder, path);
     const bool isHere = opened.folder && opened.folder->status().identity == folder->identity;
     if (!isHere && !folder->parent) {
         pending.touchWindow(system.now()); // the check of the roots will find it lost
@@ -167,7 +195,7 @@ void TreeWatcher::compare(FolderNode* folder) {
         if (opened.error != EACCES) retryLater(folder);
         return;
     }
-    if (!keepWatch(folder, path)) return;
+    if (!keepWatch(folder, path, *opened.folder)) return;
     folder->failures = 0;
     const bool goesOn = folder->mustCompareBelow;
     folder->mustCompareBelow = false;
@@ -176,6 +204,7 @@ void TreeWatcher::compare(FolderNode* folder) {
         compareEntries(folder, *opened.folder);
         folder->settledStamp = status.isSettled && !folder->isRemote ? status.stamp : 0;
     }
+    keepOpen(folder, path, std::move(opened.folder));
     if (!goesOn) return;
     for (FolderNode* child = folder->firstChild; child; child = child->nextSibling) {
         child->mustCompareBelow = true;
@@ -184,10 +213,10 @@ void TreeWatcher::compare(FolderNode* folder) {
 }
 
 // Makes sure that the folder is watched. False when it turns out to be a new one that got the number of the old.
-bool TreeWatcher::keepWatch(FolderNode* folder, const std::string& path) {
+bool TreeWatcher::keepWatch(FolderNode* folder, const std::string& path, const OpenFolder& contents) {
     const bool wasWatched = folder->watch >= 0 || folder->hasLostWatch;
     const int former = folder->watch;
-    if (!watch(folder, path) || !wasWatched || folder->watch == former) return true;
+    if (!watch(folder, path, contents) || !wasWatched || folder->watch == former) return true;
     replace(folder);
     return false;
 }
@@ -279,7 +308,8 @@ FolderNode* TreeWatcher::addFolder(FolderNode* parent, std::string_view name, Fi
 }
 
 void TreeWatcher::enqueue(std::deque<CrawlStep>& queue, FolderNode* folder, bool isComparison) {
-    queue.push_back({folder, isComparison});
+    constexpr std::uint32_t allBits = 0x7FFFFFFF; // there is no room for as many folders
+    queue.push_back({.folderNumber = folder->number & allBits, .isComparison = isComparison});
     ++folder->timesQueued;
 }
 

@@ -39,6 +39,18 @@ struct FileStamp {
     bool operator==(const FileStamp&) const = default;
 };
 
+class OpenFolder;
+
+struct OpenedFolder {
+    std::unique_ptr<OpenFolder> folder{}; // absent on failure
+    int error{};
+};
+
+struct AddedWatch {
+    int watch = -1; // -1 on failure
+    int error{};
+};
+
 // A folder that stays the same one, whatever happens to its path.
 class OpenFolder {
 public:
@@ -49,16 +61,10 @@ public:
     virtual std::optional<FileStamp> fileStamp(const std::string& name) const = 0;
     // Hands over all entries. False when the reading failed part of the way.
     virtual bool forEachEntry(const std::function<void(std::string_view, ItemIdentity)>& visit) const = 0;
-};
 
-struct OpenedFolder {
-    std::unique_ptr<OpenFolder> folder{}; // absent on failure
-    int error{};
-};
-
-struct AddedWatch {
-    int watch = -1; // -1 on failure
-    int error{};
+    // A folder in this one, for listing, links not followed.
+    virtual OpenedFolder openFolder(const std::string& name) const = 0;
+    virtual AddedWatch watch() const = 0;
 };
 
 enum class OpenFor { looking, listing };
@@ -74,7 +80,10 @@ public:
     virtual std::optional<FileIdentity> directoryAt(const std::string& path) = 0; // links followed
     virtual ItemIdentity itemAt(const std::string& path) = 0;
 
-    // A folder that is watched already keeps its watch, under either of the two.
+    // Paths of this size and more are gone step by step.
+    virtual std::size_t longestPath() const = 0;
+
+    // A folder that is watched already keeps its watch, however it is watched again.
     virtual AddedWatch watchFolder(const std::string& path, FollowLinks links) = 0;
     virtual AddedWatch watchAncestor(const std::string& path) = 0; // tells only that it is moved or deleted
     virtual void unwatch(int watch) = 0;

@@ -48,6 +48,15 @@ public:
         }
         return true;
     }
+    OpenedFolder openFolder(const std::string& name) const override {
+        disk.act();
+        const std::string path = currentPath();
+        return path.empty() ? OpenedFolder{.error = ENOENT} : disk.opened(path + "/" + name);
+    }
+    AddedWatch watch() const override {
+        disk.act();
+        return disk.watched(currentPath());
+    }
 
 private:
     // Empty when the folder is gone.
@@ -180,6 +189,11 @@ std::set<std::string> FakeDisk::paths() const {
 
 OpenedFolder FakeDisk::openFolder(const std::string& path, FollowLinks, OpenFor) {
     act();
+    ++openingsByPath;
+    return opened(path);
+}
+
+OpenedFolder FakeDisk::opened(const std::string& path) {
     const auto item = items.find(path);
     if (item == items.end()) return {.error = ENOENT};
     if (item->second.type != ItemType::directory) return {.error = ENOTDIR};
@@ -207,6 +221,10 @@ ItemIdentity FakeDisk::peek(const std::string& path) const {
 AddedWatch FakeDisk::watchFolder(const std::string& path, FollowLinks) {
     act();
     if (const auto once = std::exchange(beforeNextWatch, nullptr)) once();
+    return watched(path);
+}
+
+AddedWatch FakeDisk::watched(const std::string& path) {
     const auto item = items.find(path);
     if (item == items.end()) return {.error = ENOENT};
     if (const auto known = watchByInode.find(item->second.inode); known != watchByInode.end())

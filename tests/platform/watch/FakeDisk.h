@@ -41,6 +41,7 @@ public:
     WatchTime time{std::chrono::hours(1)};
     bool hasInotify = true;
     std::size_t watchLimit = 1'000'000;
+    std::size_t pathLimit = 4096;
     EventCoverage coverage = EventCoverage::complete;
     // What is done before the next watch is added, to come between two steps of the watcher.
     std::function<void()> beforeNextWatch{};
@@ -53,6 +54,7 @@ public:
     ItemIdentity itemAt(const std::string& path) override;
     AddedWatch watchFolder(const std::string& path, FollowLinks links) override;
     AddedWatch watchAncestor(const std::string& path) override;
+    std::size_t longestPath() const override { return pathLimit; }
     void unwatch(int watch) override;
     std::vector<MountPoint> mountPoints() override { return mounts; }
 
@@ -62,7 +64,8 @@ public:
         const auto item = items.find(path);
         return item != items.end() && item->second.type == ItemType::directory;
     }
-    std::size_t listings = 0; // how many times a folder was listed
+    std::size_t listings = 0;       // how many times a folder was listed
+    std::size_t openingsByPath = 0; // and how many times one was opened from the top
 
 private:
     friend class FakeFolder;
@@ -80,6 +83,8 @@ private:
     };
 
     void act();
+    OpenedFolder opened(const std::string& path);
+    AddedWatch watched(const std::string& path);
     ItemIdentity peek(const std::string& path) const;
     void endWatch(const std::string& path);
     std::uint64_t newInode();

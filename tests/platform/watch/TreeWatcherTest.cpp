@@ -60,6 +60,19 @@ protected:
     TreeWatcher watcher{disk};
 };
 
+TEST_F(TreeWatcherTest, GoesFarDownWithoutStartingFromTheTopEachTime) {
+    disk.pathLimit = 20;
+    std::string path = "/w/d/e";
+    for (int depth = 0; depth < 100; ++depth) disk.makeDirectory(path += "/f");
+    disk.takeBlock();
+    start();
+    EXPECT_TRUE(disk.isWatched(path));
+    EXPECT_LT(disk.openingsByPath, 20U);
+    disk.createFile(path + "/new");
+    disk.closeFile(path + "/new");
+    EXPECT_EQ(toldAfter(), Tellings{"created " + path + "/new"});
+}
+
 TEST_F(TreeWatcherTest, FindsEverythingOutAfterALoss) {
     start();
     disk.remove("/w/d/e");

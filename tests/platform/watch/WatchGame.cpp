@@ -98,6 +98,7 @@ WatchGame::WatchGame(std::function<std::uint64_t()> choices, bool losesEvents)
       choose(std::move(choices)),
       watcher(disk, {.quiet = milliseconds(1), .hold = milliseconds(6), .cap = milliseconds(14)}) {
     for (const char* path : {"/w", "/out", "/w/a", "/w/a/b", "/w/c", "/w/c/a"}) disk.makeDirectory(path);
+    if (choose() % 2 == 0) disk.pathLimit = 5; // so that all but the root's own folders are too far down for a path
     watcher.setRoots({"/w"});
     settle();
     keeper.enter("/w");
