@@ -2,115 +2,205 @@
 #include <gtest/gtest.h>
 #include <stdio.h>
 
-#include <atomic>
+#include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <functional>
+#include <future>
+#include <iterator>
+#include <optional>
 #include <random>
 #include <set>
-#include <thread>
 
 #include "shared/EditorDocumentDaemonEnvelope.h"
 #include "shared/EditorDocumentDaemonRequest.h"
-#include "shared/RecordCoding.h"
-#include "tests/process/DaemonProcess.h"
+#include "tests/process/DaemonClient.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryDirectory.h"
 
-// Two daemons and another program on one tree. Each daemon saves one file, again and again; all three rename both files
-// meanwhile, each file within names of its own, so that nobody but its daemon can overwrite it. RACE_SEED=n plays one
-// game again, as far as that is possible.
+// Two daemons and another program on one tree, where all three rename the same few files and save them. In each round
+// both daemons get all their requests at once, and the other program does what it does while they work. Then all stand
+// still: a text of before that is gone must have been replaced by a save, and what was saved is there. RACE_SEED=n
+// plays one game again, as far as that is possible.
 
 namespace {
 
+namespace fs = std::filesystem;
+
 using Command = EditorDocumentRequestCommand;
-using Random = std::mt19937_64;
 
-constexpr int saveCount = 600;
+constexpr int roundCount = 200;
+constexpr std::size_t nameCount = 5;
+constexpr std::size_t fileCount = 3; // and so there are free names, for which everybody competes
 
-std::string textOf(char owner, int step) {
-    return owner + std::to_string(step) + ":" + std::string(20'000, owner) + "\n";
+// The same line again and again, so that no part of one text passes for another.
+std::string textOf(int number) {
+    std::string text = std::to_string(number) + '\n';
+    while (text.size() < 20'000) text += text;
+    return text;
 }
+
+class Chance {
+public:
+    Chance(std::string rootPath, std::uint64_t seed) : root(std::move(rootPath)), random(seed) {}
+
+    std::size_t below(std::size_t count) { return random() % count; }
+    std::string path() { return root + "/n" + std::to_string(below(nameCount)); }
+
+    const std::string root;
+
+private:
+    std::mt19937_64 random;
+};
 
 class Client {
 public:
-    Client(std::string sharedRoot, char owned, std::uint64_t seed)
-        : root(std::move(sharedRoot)), owner(owned), random(seed) {
-        ask({.command = Command::openWorkspace});
-        documentID = ask({.command = Command::open, .path = root + '/' + owner + '0'}).snapshot.value().documentID;
+    explicit Client(Chance& commonChance) : chance(commonChance) {
+        daemon.ask({.command = Command::openWorkspace, .rootPath = chance.root});
+        documentID =
+            take(daemon.ask({.command = Command::open, .path = chance.root + "/n0"})).snapshot.value().documentID;
     }
 
-    // The last text that was reported as saved.
-    std::string play() {
-        std::string saved = textOf(owner, 0);
-        int savedCount = 0;
-        for (int step = 1; step <= saveCount; ++step) {
-            const char file = random() % 2 == 0 ? 'a' : 'b';
-            ask({.command = Command::renameWorkspaceItem, .path = anyPath(file), .destinationPath = anyPath(file)});
-            const auto response = ask({.command = Command::save,
-                                       .documentID = documentID,
-                                       .text = textOf(owner, step),
-                                       .expectedVersion = version});
-            if (response.success == true) saved = textOf(owner, step), ++savedCount;
+    // Some renames, and among them a save of the text, if there is one.
+    void send(const std::optional<std::string>& text) {
+        const std::size_t saveTurn = chance.below(requestCount);
+        for (std::size_t turn = 0; turn < requestCount; ++turn) {
+            if (text && turn == saveTurn)
+                daemon.send(
+                    {.command = Command::save, .documentID = documentID, .text = text, .expectedVersion = version});
+            else
+                daemon.send({.command = Command::renameWorkspaceItem,
+                             .rootPath = chance.root,
+                             .path = chance.path(),
+                             .destinationPath = chance.path()});
         }
-        EXPECT_GT(savedCount, saveCount / 10);
-        daemon.closeInput();
-        EXPECT_EQ(daemon.wait(), 0);
-        return saved;
+    }
+
+    // Whether a save was among the requests, and was reported as successful.
+    bool takeAnswers() {
+        bool hasSaved = false;
+        for (std::size_t answered = 0; answered < requestCount;) {
+            const auto envelope = take(daemon.nextEnvelope());
+            if (envelope.kind != EditorDocumentEnvelopeKind::response) continue;
+            ++answered;
+            hasSaved |= envelope.command == Command::save && envelope.success == true;
+        }
+        return hasSaved;
     }
 
 private:
-    std::string anyPath(char file) { return root + '/' + file + std::to_string(random() % 2); }
-
-    EditorDocumentDaemonEnvelope ask(EditorDocumentDaemonRequest request) {
-        request.requestID = "1";
-        request.rootPath = root;
-        daemon.sendLine(encodeRecord(request).value());
-        while (const auto line = daemon.readLine()) {
-            auto envelope = decodeRecord<EditorDocumentDaemonEnvelope>(*line);
-            if (envelope.snapshot) version = envelope.snapshot->version;
-            if (envelope.event == EditorDocumentEventKind::deleted) ++version;
-            if (envelope.kind == EditorDocumentEnvelopeKind::response) return envelope;
-        }
-        throw std::runtime_error("the daemon ended");
+    EditorDocumentDaemonEnvelope take(EditorDocumentDaemonEnvelope envelope) {
+        if (envelope.snapshot) version = envelope.snapshot->version;
+        if (envelope.event == EditorDocumentEventKind::deleted) ++version;
+        return envelope;
     }
 
-    const std::string root;
-    const char owner;
-    Random random;
-    DaemonProcess daemon{};
+    static constexpr std::size_t requestCount = 20;
+
+    Chance& chance;
+    DaemonClient daemon{};
     std::string documentID{};
     std::int64_t version = 0;
 };
 
+// The program that is no daemon.
+class Outsider {
+public:
+    explicit Outsider(Chance& commonChance) : chance(commonChance) {}
+
+    // For as long as others are at work. Whoever opens a file sees one whole text.
+    void play(const std::optional<int>& savedNumber, const std::function<bool()>& areOthersAtWork) {
+        if (savedNumber) {
+            writeFile(temporaryPath, textOf(*savedNumber));
+            fs::rename(temporaryPath, chance.path());
+        }
+        for (int turn = 0; areOthersAtWork(); ++turn) {
+            if (turn % 16 == 0) read(chance.path());
+            ::renameat2(AT_FDCWD, chance.path().c_str(), AT_FDCWD, chance.path().c_str(), RENAME_NOREPLACE);
+        }
+    }
+
+    // The numbers of all texts.
+    std::set<int> texts() const {
+        std::set<int> numbers;
+        for (const auto& entry : fs::directory_iterator(chance.root)) {
+            EXPECT_EQ(entry.path().filename().string()[0], 'n') << entry.path() << " was left behind";
+            if (const auto number = read(entry.path())) numbers.insert(*number);
+        }
+        return numbers;
+    }
+
+    // As many files as there are to be, at names of which nobody knows which. Nobody else may be at work.
+    void tidy(std::function<int()> newNumber) const {
+        while (texts().size() > fileCount) fs::remove(chance.path());
+        while (texts().size() < fileCount) {
+            if (const std::string path = chance.path(); !fs::exists(path)) writeFile(path, textOf(newNumber()));
+        }
+    }
+
+private:
+    static std::optional<int> read(const std::string& path) {
+        std::ifstream file(path, std::ios::binary);
+        if (!file) return std::nullopt;
+        const std::string text{std::istreambuf_iterator<char>(file), {}};
+        const int number = std::atoi(text.c_str());
+        EXPECT_EQ(text.size(), textOf(number).size()) << path << " is no whole text";
+        EXPECT_TRUE(text == textOf(number)) << path << " is a mixture";
+        return number;
+    }
+
+    Chance& chance;
+    const std::string temporaryPath = chance.root + "-temporary";
+};
+
+bool isPending(const std::future<bool>& answer) {
+    return answer.wait_for(std::chrono::seconds(0)) == std::future_status::timeout;
+}
+
 TEST(Races, NoTextIsLostThatWasReportedAsSaved) {
     const char* given = std::getenv("RACE_SEED");
     const std::uint64_t seed = given ? std::strtoull(given, nullptr, 10) : std::random_device{}();
-    SCOPED_TRACE("seed " + std::to_string(seed));
     const TemporaryDirectory directory;
-    for (const char owner : {'a', 'b'}) writeFile(directory.path(owner + std::string("0")), textOf(owner, 0));
-    Client first(directory.path(), 'a', seed), second(directory.path(), 'b', seed + 1);
-    std::string saved[2];
-    std::atomic<int> playing = 2;
-    std::thread clients[] = {std::thread([&] { saved[0] = first.play(), --playing; }),
-                             std::thread([&] { saved[1] = second.play(), --playing; })};
-    Random random(seed + 2);
-    const auto anyPath = [&](char file) { return directory.path(file + std::to_string(random() % 2)); };
-    for (int move = 0; playing > 0; ++move) {
-        const char file = random() % 2 == 0 ? 'a' : 'b';
-        // Now and then to a name of its own, so that the others become free again.
-        const std::string to = move % 4 == 0 ? directory.path(file + std::to_string(100 + move)) : anyPath(file);
-        ::renameat2(AT_FDCWD, anyPath(file).c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE);
-        std::this_thread::yield();
+    fs::create_directory(directory.path("w"));
+    Chance chance(directory.path("w"), seed);
+    int lastNumber = 0, savedCount = 0;
+    const auto newNumber = [&] { return ++lastNumber; };
+    writeFile(chance.root + "/n0", textOf(newNumber()));
+    Outsider outsider(chance);
+    outsider.tidy(newNumber);
+    Client clients[] = {Client(chance), Client(chance)};
+    for (int round = 0; round < roundCount; ++round) {
+        SCOPED_TRACE("seed " + std::to_string(seed) + ", round " + std::to_string(round));
+        const std::set<int> before = outsider.texts();
+        std::set<int> saved;
+        std::optional<int> numbers[3];
+        for (auto& number : numbers) {
+            if (chance.below(2) == 0) number = newNumber();
+        }
+        std::future<bool> answers[2];
+        for (std::size_t i = 0; i < 2; ++i) {
+            clients[i].send(numbers[i] ? std::optional(textOf(*numbers[i])) : std::nullopt);
+            answers[i] = std::async(std::launch::async, &Client::takeAnswers, &clients[i]);
+        }
+        outsider.play(numbers[2], [&] { return std::ranges::any_of(answers, isPending); });
+        if (numbers[2]) saved.insert(*numbers[2]);
+        for (std::size_t i = 0; i < 2; ++i) {
+            if (answers[i].get()) saved.insert(*numbers[i]), ++savedCount;
+        }
+        std::set<int> possible = before, gone;
+        possible.insert(saved.begin(), saved.end());
+        const std::set<int> after = outsider.texts();
+        std::ranges::set_difference(possible, after, std::inserter(gone, gone.end()));
+        ASSERT_LE(gone.size(), saved.size())
+            << testing::PrintToString(gone) << " are gone after saves of " << testing::PrintToString(saved);
+        ASSERT_TRUE(std::ranges::includes(possible, after)) << testing::PrintToString(after) << " but not saved";
+        ASSERT_TRUE(saved.empty() || !std::ranges::includes(gone, saved)) << "nothing that was saved is there";
+        if (HasFailure()) break;
+        outsider.tidy(newNumber);
     }
-    for (std::thread& client : clients) client.join();
-    std::set<std::string> texts;
-    for (const auto& entry : std::filesystem::directory_iterator(directory.path())) {
-        const std::string text = readFile(entry.path()), name = entry.path().filename();
-        EXPECT_NE(name[0], '.') << name << " was left behind";
-        EXPECT_EQ(text, textOf(name[0], std::atoi(text.c_str() + 1))) << name << " is no whole text of its file";
-        texts.insert(text);
-    }
-    for (const std::string& text : saved) EXPECT_TRUE(texts.contains(text)) << text.substr(0, 10) << " is lost";
+    EXPECT_GT(savedCount, roundCount / 10);
 }
 
 } // namespace
