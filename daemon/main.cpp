@@ -21,8 +21,9 @@ int main(int argumentCount, char**) {
         std::fputs("usage: marblefern EditorDocumentDaemon\n", stderr);
         return usageError;
     }
-    // A reader that closes the other end is no reason to die.
+    // A reader that closes the other end is no reason to die, nor is a save beyond the limit on the size of files.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     enlargePipe(STDIN_FILENO);
 
     const auto daemon = std::make_shared<EditorDocumentDaemon>(linuxDaemonPlatform());

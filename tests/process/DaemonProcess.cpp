@@ -4,14 +4,12 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <spawn.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <fstream>
 #include <stdexcept>
 
 #include "tests/support/SchemaCheck.h"
@@ -21,6 +19,7 @@ extern char** environ;
 namespace {
 
 constexpr std::chrono::seconds deadline{60};
+constexpr std::size_t recordedLimit = 20'000; // of what is recorded for the message of a failure
 
 std::array<int, 2> makePipe() {
     std::array<int, 2> ends{};
@@ -142,28 +141,15 @@ std::string DaemonProcess::errors() {
     return text;
 }
 
-void DaemonProcess::limitFurtherMemory(std::size_t byteCount) {
-    std::ifstream statistics("/proc/" + std::to_string(child) + "/statm");
-    std::size_t pages = 0;
-    statistics >> pages;
-    const rlim_t limit = pages * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE)) + byteCount;
-    const rlimit memory{.rlim_cur = limit, .rlim_max = RLIM_INFINITY};
-    if (::prlimit(child, RLIMIT_AS, &memory, nullptr) != 0) throw std::runtime_error("cannot limit the memory");
-}
-
-void DaemonProcess::liftMemoryLimit() {
-    const rlimit memory{.rlim_cur = RLIM_INFINITY, .rlim_max = RLIM_INFINITY};
-    if (::prlimit(child, RLIMIT_AS, &memory, nullptr) != 0) throw std::runtime_error("cannot lift the limit");
-}
-
 // Of a long line only the beginning.
 void DaemonProcess::record(const std::string& direction, const std::string& text) {
     const std::lock_guard lock(mutex);
     conversation += direction + text.substr(0, 2000);
+    if (conversation.size() > 100 * recordedLimit) conversation.erase(0, conversation.size() - recordedLimit);
 }
 
 std::string DaemonProcess::recorded() const {
-    constexpr std::size_t limit = 20'000;
     const std::lock_guard lock(mutex);
-    return conversation.size() <= limit ? conversation : "...\n" + conversation.substr(conversation.size() - limit);
+    if (conversation.size() <= recordedLimit) return conversation;
+    return "...\n" + conversation.substr(conversation.size() - recordedLimit);
 }

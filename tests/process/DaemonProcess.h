@@ -42,10 +42,6 @@ public:
 
     pid_t processID() const { return child; }
 
-    // From now on the process gets no more memory than it has, but for so many bytes.
-    void limitFurtherMemory(std::size_t byteCount);
-    void liftMemoryLimit();
-
 private:
     void record(const std::string& direction, const std::string& text);
 

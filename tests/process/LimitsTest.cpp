@@ -1,7 +1,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -15,6 +14,7 @@
 #include "tests/support/DeepFolder.h"
 #include "tests/support/Files.h"
 #include "tests/support/MountedDisk.h"
+#include "tests/support/ProcessLimits.h"
 #include "tests/support/TemporaryDirectory.h"
 
 // What the system grants and what it allows for names, at the edge. Every request is answered, whatever is refused says
@@ -87,13 +87,10 @@ TEST_F(Limits, FewDescriptors) {
     if (IS_SANITIZED) GTEST_SKIP() << "a sanitizer needs descriptors of its own to look at an object";
     fs::create_directories(path("a/b/c/d/e"));
     ASSERT_EQ(failureOf({.command = Command::openWorkspace}), "");
-    const std::string descriptors = "/proc/" + std::to_string(daemon->processID()) + "/fd/";
-    rlim_t firstFree = 0;
-    while (fs::is_symlink(fs::symlink_status(descriptors + std::to_string(firstFree)))) ++firstFree;
-    // From none to enough for everything; those that are open stay so.
+    const rlim_t firstFree = firstFreeDescriptor(daemon->processID());
+    // From none to enough for everything.
     for (const rlim_t spare : {0, 1, 2, 3, 12}) {
-        const rlimit limit{firstFree + spare, firstFree + 100};
-        ASSERT_EQ(::prlimit(daemon->processID(), RLIMIT_NOFILE, &limit, nullptr), 0);
+        const ProcessLimit limit(daemon->processID(), RLIMIT_NOFILE, firstFree + spare);
         if (spare == 12) {
             useEverything(path("a/b"));
             break;
@@ -132,6 +129,21 @@ TEST_F(Limits, AFullDisk) {
     EXPECT_EQ(std::distance(fs::directory_iterator(disk.path), fs::directory_iterator()), 2);
     fs::remove(path("disk/filler"));
     useEverything(disk.path);
+}
+
+TEST_F(Limits, FilesThatMayNotGrow) {
+    writeFile(path("a.txt"), "old");
+    const auto opened = ask({.command = Command::open, .path = path("a.txt")});
+    const EditorDocumentDaemonRequest save{.command = Command::save,
+                                           .documentID = opened.snapshot.value().documentID,
+                                           .text = std::string(200, 'y'),
+                                           .expectedVersion = 1};
+    {
+        const ProcessLimit limit(daemon->processID(), RLIMIT_FSIZE, 100);
+        EXPECT_TRUE(failureOf(save).ends_with("File too large.")) << failureOf(save);
+        EXPECT_EQ(readFile(path("a.txt")), "old");
+    }
+    EXPECT_EQ(failureOf(save), "");
 }
 
 TEST_F(Limits, AReadOnlyFileSystem) {

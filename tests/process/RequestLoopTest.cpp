@@ -8,6 +8,7 @@
 #include "shared/RecordCoding.h"
 #include "tests/process/DaemonProcess.h"
 #include "tests/support/Files.h"
+#include "tests/support/ProcessLimits.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace {
@@ -109,7 +110,7 @@ TEST(RequestLoop, WantOfMemoryFailsOneRequestAndChangesNothing) {
     };
     // From a line that finds no room to one whose answer alone finds none: U+007F takes six bytes in it.
     constexpr std::size_t megabyte = 1 << 20;
-    daemon.limitFurtherMemory(90 * megabyte);
+    const ProcessLimit limit(daemon.processID(), RLIMIT_AS, addressSpace(daemon.processID()) + 90 * megabyte);
     for (const std::size_t size : {200, 60, 20, 12, 8, 6, 4}) {
         const auto answer = save(std::string(size * megabyte, '\x7F'));
         if (answer.success == true) break;

@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 
 #include "tests/process/WatchedSession.h"
 #include "tests/support/Files.h"
+#include "tests/support/ProcessLimits.h"
 
 // What holds when more happens than the system, or the client, can take.
 
@@ -16,25 +16,12 @@ namespace fs = std::filesystem;
 
 using Command = EditorDocumentRequestCommand;
 
-// Stops a process, so that the kernel drops what it has no more room for, and lets it go on in the end.
-class Stopped {
-public:
-    explicit Stopped(pid_t stoppedProcess) : process(stoppedProcess) {
-        ::kill(process, SIGSTOP);
-        ::waitpid(process, nullptr, WUNTRACED);
-    }
-    ~Stopped() { ::kill(process, SIGCONT); }
-
-private:
-    const pid_t process;
-};
-
 TEST(WatchingLimits, WhatTheKernelForgotIsFoundAllTheSame) {
     WatchedSession session("a.txt b.txt c.txt sub/d.txt sub/deep/e.txt gone/f.txt");
     for (const char* folder : {"sub", "sub/deep", "gone"}) session.load(folder);
     for (const char* document : {"a.txt", "b.txt", "sub/deep/e.txt", "gone/f.txt"}) session.open(document);
     {
-        const Stopped stopped(session.client.process.processID());
+        const StoppedProcess stopped(session.client.process.processID());
         for (int number = 0; number < 10'000; ++number) {
             const std::string path = session.path("sub/" + std::to_string(number % 100));
             writeFile(path, "");
@@ -79,12 +66,13 @@ TEST(WatchingLimits, WantOfMemoryDelaysWhatIsToldAndNoMore) {
             writeFile(session.path("many/" + stem + std::to_string(number)), "");
     };
     fill("a-name-that-fits-" + std::string(100, '-'));
-    session.client.process.limitFurtherMemory(4 << 20);
+    const pid_t process = session.client.process.processID();
+    auto limit = std::make_unique<ProcessLimit>(process, RLIMIT_AS, addressSpace(process) + (4 << 20));
     fill("one-that-finds-no-room-" + std::string(200, '-'));
     writeFile(session.path("a.txt"), std::string(6 << 20, 'x'));
     const auto answer = session.ask({.command = Command::close, .documentID = "none"});
     EXPECT_EQ(answer.message, "Unknown document.");
-    session.client.process.liftMemoryLimit();
+    limit.reset();
     writeFile(session.path("a.txt"), "new");
     EXPECT_EQ(session.differenceInTheEnd(), "");
 }
