@@ -62,7 +62,7 @@ void WorkspaceWatchStream::updateWatchedRoots(const std::vector<std::string>& ro
                                               const EventStreamInterest& interest) {
     queue.sync([&] {
         RequestedRoots roots = normalizedPaths(rootPaths, platform.fileManager);
-        tellLostSoon(roots.missingPaths);
+        tellMissedSoon(roots.missingPaths);
         watch(std::move(roots.directoryPaths), interest);
         awaitRoots(std::move(roots.missingPaths));
     });
@@ -93,16 +93,21 @@ void WorkspaceWatchStream::watch(std::vector<std::string> normalizedRootPaths, c
     if (haveRootsChanged && !watchedRoots.empty()) startStream();
 }
 
-// A root that has just gone may be missed here before the stream could tell of it, and then it never will.
-void WorkspaceWatchStream::tellLostSoon(const std::vector<std::string>& missingRootPaths) {
+// A root that has just gone may be missed here before the stream could tell of it, and then it never will. Likewise one
+// that has come is no longer awaited.
+void WorkspaceWatchStream::tellMissedSoon(const std::vector<std::string>& missingRootPaths) {
     std::vector<WorkspaceWatchEvent> events;
     for (const std::string& path : missingRootPaths) {
         if (std::ranges::find(watchedRoots, path) == watchedRoots.end()) continue;
         events.push_back({.rootPath = path, .path = path, .kind = WorkspaceWatchEventKind::rootChanged});
     }
+    for (const std::string& path : awaitedRoots) {
+        if (!platform.fileManager.isDirectory(path)) continue;
+        events.push_back({.rootPath = path, .path = path, .kind = WorkspaceWatchEventKind::changeInDirectory});
+    }
     if (events.empty()) return;
-    queue.async([weakStream = weak_from_this(), lost = std::move(events)] {
-        if (const auto self = weakStream.lock()) self->deliver({}, lost);
+    queue.async([weakStream = weak_from_this(), missed = std::move(events)] {
+        if (const auto self = weakStream.lock()) self->deliver({}, missed);
     });
 }
 

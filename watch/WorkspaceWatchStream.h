@@ -50,7 +50,7 @@ private:
     void watch(std::vector<std::string> normalizedRootPaths, const EventStreamInterest& interest);
     void startStream();
     void awaitRoots(std::vector<std::string> missingRootPaths);
-    void tellLostSoon(const std::vector<std::string>& missingRootPaths);
+    void tellMissedSoon(const std::vector<std::string>& missingRootPaths);
     void awaitedRootsAppeared();
 
     void handleEventBatch(const EventStreamBatch& batch);

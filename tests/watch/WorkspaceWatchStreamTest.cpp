@@ -326,6 +326,14 @@ TEST(WorkspaceWatchStream, AMissingRootIsToldWhenItComes) {
     EXPECT_EQ(watching.source.awaitedPaths, Lines{watching.directory.path("late")});
 }
 
+TEST(WorkspaceWatchStream, AMissingRootThatCameBeforeTheRootsChangedIsToldAllTheSame) {
+    Watching watching;
+    tell(watching, "have w/x; roots gone gone/a w; have gone/a/x; roots gone w; wait 0");
+    EXPECT_EQ(watching.take(), (Lines{"gone: changeInDirectory gone", "gone/a: changeInDirectory gone/a"}));
+    tell(watching, "roots w; wait 0");
+    EXPECT_EQ(watching.take(), Lines{});
+}
+
 TEST(WorkspaceWatchStream, ARootThatIsMissedBeforeTheStreamTellsIsToldAsLost) {
     Watching watching;
     tell(watching, "have w/x v/x; roots v w; lose w; roots v w; wait 0");
