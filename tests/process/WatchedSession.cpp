@@ -46,8 +46,22 @@ std::string WatchedSession::open(const std::string& document) {
     return documentIDs.back();
 }
 
+void WatchedSession::close(const std::string& documentID) {
+    ask({.command = Command::close, .documentID = documentID});
+    picture.documents.erase(documentID);
+}
+
+void WatchedSession::closeWorkspace() {
+    ask({.command = Command::closeWorkspace, .rootPath = root});
+    picture.folders.clear();
+}
+
 EditorDocumentDaemonEnvelope WatchedSession::ask(EditorDocumentDaemonRequest request) {
     client.send(std::move(request));
+    return answer();
+}
+
+EditorDocumentDaemonEnvelope WatchedSession::answer() {
     for (auto envelope = next();; envelope = next()) {
         if (envelope.kind == EditorDocumentEnvelopeKind::response) return envelope;
     }
@@ -75,12 +89,31 @@ WatchedSession::Lines WatchedSession::eventsUntilQuiet() {
 
 std::string WatchedSession::differenceInTheEnd() {
     try {
-        eventsUntilQuiet();
+        const std::string sentinel = std::to_string(++sentinelCount);
+        writeFile(path("sentinels/" + sentinel), "");
+        awaitInListing(sentinel, true);
+        std::filesystem::remove(path("sentinels/" + sentinel));
+        awaitInListing(sentinel, false);
         for (; !picture.difference().empty(); next()) {
         }
         return "";
     } catch (const std::runtime_error& noMoreEvents) {
         return picture.difference() + noMoreEvents.what();
+    }
+}
+
+// What is expanded is told of even where events were lost.
+void WatchedSession::awaitInListing(const std::string& sentinel, bool isThere) {
+    while (true) {
+        const auto folder = picture.folders.find(path("sentinels"));
+        if (!picture.folders.contains(root))
+            ask({.command = Command::openWorkspace, .rootPath = root});
+        else if (folder == picture.folders.end())
+            load("sentinels");
+        else if (folder->second.children.contains(sentinel) == isThere)
+            return;
+        else
+            next();
     }
 }
 

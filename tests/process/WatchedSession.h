@@ -22,13 +22,18 @@ public:
     void load(const std::string& directory);
     // Events name the document by the ID that it gets here: "document-1" for the first one.
     std::string open(const std::string& document);
+    void close(const std::string& documentID);
+    void closeWorkspace();
     EditorDocumentDaemonEnvelope ask(EditorDocumentDaemonRequest request);
+    // The next response.
+    EditorDocumentDaemonEnvelope answer();
 
     // The next so many events, in short lines.
     Lines events(std::size_t count);
     // All events up to those of a file that is made and deleted again, by when everything is told that happened before.
     Lines eventsUntilQuiet();
-    // Reads on until the client knows what is on the disk; what differs when time is up.
+    // Reads on until the client knows what is on the disk; what differs when time is up. A workspace that was lost on
+    // the way is opened again.
     std::string differenceInTheEnd();
 
     TemporaryDirectory directory;
@@ -38,6 +43,7 @@ public:
 
 private:
     EditorDocumentDaemonEnvelope next();
+    void awaitInListing(const std::string& sentinel, bool isThere);
     std::string toldShort(const EditorDocumentDaemonEnvelope& event) const;
 
     std::vector<std::string> documentIDs;
