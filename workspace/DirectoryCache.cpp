@@ -23,16 +23,6 @@ bool losesAnything(const std::vector<std::string>& childNodeIDsBefore, const Wor
     return std::ranges::any_of(childNodeIDsBefore, [&](const auto& nodeID) { return !nodeIDs.contains(nodeID); });
 }
 
-bool isListedDirectory(const std::string& path, const ManagedWorkspace& workspace) {
-    if (path == workspace.rootPath) return true;
-    const auto siblings = workspace.childNodeIDsByDirectoryPath.find(parentPath(path));
-    if (siblings == workspace.childNodeIDsByDirectoryPath.end()) return false;
-    return std::ranges::any_of(siblings->second, [&](const std::string& nodeID) {
-        const auto node = workspace.cachedNodesByID.find(nodeID);
-        return node != workspace.cachedNodesByID.end() && node->second.isDirectory && node->second.path == path;
-    });
-}
-
 } // namespace
 
 void indexListing(const WorkspaceDirectoryListing& listing, EventNodePathIndex& index) {
@@ -104,6 +94,16 @@ void pruneWorkspaceCache(ManagedWorkspace& workspace) {
         return !workspace.loadedDirectoryPaths.contains(entry.first);
     });
     workspace.mayHoldUnlisted = dropped > 0;
+}
+
+bool isListedDirectory(const std::string& path, const ManagedWorkspace& workspace) {
+    if (path == workspace.rootPath) return true;
+    const auto siblings = workspace.childNodeIDsByDirectoryPath.find(parentPath(path));
+    if (siblings == workspace.childNodeIDsByDirectoryPath.end()) return false;
+    return std::ranges::any_of(siblings->second, [&](const std::string& nodeID) {
+        const auto node = workspace.cachedNodesByID.find(nodeID);
+        return node != workspace.cachedNodesByID.end() && node->second.isDirectory && node->second.path == path;
+    });
 }
 
 void removeLoadedWorkspaceDirectory(const std::string& atOrWithin, ManagedWorkspace& workspace) {

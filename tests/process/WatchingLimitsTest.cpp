@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "tests/process/RandomFaults.h"
 #include "tests/process/WatchedSession.h"
 #include "tests/support/Files.h"
 #include "tests/support/ProcessLimits.h"
@@ -96,6 +97,23 @@ TEST(WatchingLimits, AClientThatDoesNotReadIsToldTheEndAndAnsweredBefore) {
               true);
     EXPECT_EQ(session.differenceInTheEnd(), "");
     EXPECT_EQ(session.picture.documents.at(documentID).text, "199");
+}
+
+// It stays expanded in the client, who is not told that it cannot be looked into.
+TEST(WatchingLimits, WhatCannotBeReadForAWhileIsToldAfterwards) {
+    const auto launcher = RandomFaults::launcher();
+    if (launcher.empty()) GTEST_SKIP() << "no namespace can be made in which rights bind";
+    WatchedSession session("a.txt sub/b.txt sub/deep/c.txt", launcher);
+    for (const char* folder : {"sub", "sub/deep"}) session.load(folder);
+    session.open("sub/b.txt");
+    session.shell("chmod 000 sub && touch n");
+    session.eventsUntilQuiet();
+    session.shell("chmod 700 sub && touch sub/x sub/deep/y && chmod 000 sub && touch m");
+    session.eventsUntilQuiet();
+    session.shell("chmod 700 sub");
+    EXPECT_EQ(session.differenceInTheEnd(), "");
+    session.shell("touch sub/z sub/deep/z");
+    EXPECT_EQ(session.differenceInTheEnd(), "");
 }
 
 } // namespace

@@ -90,6 +90,7 @@ void TreeWatcher::handleRecord(const KernelRecord& record) {
 void TreeWatcher::handleFolderRecord(FolderNode* folder, const KernelRecord& record, WatchTime now) {
     const bool isRoot = std::ranges::any_of(roots, [&](const Root& root) { return root.node == folder; });
     if (isRoot && (record.mask & (IN_MOVE_SELF | IN_DELETE_SELF | IN_IGNORED))) pending.touchWindow(now);
+    if (isRoot && (record.mask & IN_ATTRIB)) handleNewRights(folder, now);
     if (record.mask & IN_UNMOUNT) pending.touchWindow(now);
     if (record.mask & IN_IGNORED) {
         foldersByWatch.remove(folder);
@@ -106,8 +107,7 @@ void TreeWatcher::handleNameRecord(FolderNode* folder, const KernelRecord& recor
     if (record.mask & IN_ATTRIB) {
         pending.attributesChanged(key, now);
         FolderNode* child = record.isDirectory() ? tree.child(folder, key.name) : nullptr;
-        // It may have become readable.
-        if (child && !child->isListed && child->timesQueued == 0) enqueue(urgent, child, false);
+        if (child) handleNewRights(child, now);
     }
     if (record.mask & IN_MODIFY) pending.modified(key, now);
     if (record.mask & IN_CLOSE_WRITE) pending.closedAfterWriting(key, now);
@@ -122,6 +122,15 @@ void TreeWatcher::handleNameRecord(FolderNode* folder, const KernelRecord& recor
         pending.movedAway(key, record.cookie, child, now);
     }
     if (record.mask & IN_MOVED_TO) handleArrival(key, record, now);
+}
+
+// It may have become readable, and what is below it with it.
+void TreeWatcher::handleNewRights(FolderNode* folder, WatchTime now) {
+    if (hasBeenRefused)
+        compareAll(folder);
+    else if (!folder->isListed && folder->timesQueued == 0)
+        enqueue(urgent, folder, false);
+    pending.noticeFoldersOfInterest(currentPath(folder), paths, now);
 }
 
 void TreeWatcher::handleCreation(const NameKey& key, const KernelRecord& record, WatchTime now) {
@@ -207,6 +216,7 @@ std::optional<std::vector<ItemIdentity>> TreeWatcher::itemsIn(const FolderNode& 
     }
     if (opened.error == ENOENT || opened.error == ENOTDIR || opened.error == ELOOP) return std::nullopt;
     // Nobody may look into the folder now, so nothing can be said about it.
+    hasBeenRefused = true;
     for (const std::string& name : names) items.push_back(folder.snapshot.find(name));
     return items;
 }

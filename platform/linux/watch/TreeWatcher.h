@@ -80,6 +80,7 @@ private:
     void handleFolderRecord(FolderNode* folder, const KernelRecord& record, WatchTime now);
     void handleNameRecord(FolderNode* folder, const KernelRecord& record, WatchTime now);
     void handleCreation(const NameKey& key, const KernelRecord& record, WatchTime now);
+    void handleNewRights(FolderNode* folder, WatchTime now);
     void handleArrival(const NameKey& key, const KernelRecord& record, WatchTime now);
     void handleOverflow(WatchTime now);
     bool isClosingDue(WatchTime now) const;
@@ -95,6 +96,7 @@ private:
     AddedWatch addWatch(const FolderNode* folder, const std::string& path, const OpenFolder& contents);
     void own(FolderNode* folder, int watch);
     void disown(FolderNode* folder);
+    void handleRefusal(FolderNode* folder, int error);
     void retryLater(FolderNode* folder);
     void doubt(FolderNode* folder);
     void compareAtNextClosing(FolderNode* folder);
@@ -153,6 +155,7 @@ private:
     std::vector<MountPoint> mounts{};
     bool isCrawling = false;
     bool isOutOfWatches = false;
+    bool hasBeenRefused = false; // somewhere, by want of rights
     bool mustWatchAncestors = false;
     bool isComparingAll = false;
     bool mustCompareAllAgain = false;

@@ -48,8 +48,7 @@ void TreeWatcher::enter(FolderNode* folder, std::deque<CrawlStep>& queueForChild
     const std::string path = currentPath(folder);
     OpenedFolder opened = open(folder, path);
     if (!opened.folder) {
-        // One that may not be read is tried again when its attributes change.
-        if (opened.error != EACCES) retryLater(folder);
+        handleRefusal(folder, opened.error);
         return;
     }
     const FolderStatus status = opened.folder->status();
@@ -152,6 +151,12 @@ void TreeWatcher::list(FolderNode* folder, const OpenFolder& contents, std::dequ
     folder->snapshot.finishAppending();
 }
 
+// One that may not be read is tried again when its attributes change, or those of a folder above it.
+void TreeWatcher::handleRefusal(FolderNode* folder, int error) {
+    if (error != EACCES) return retryLater(folder);
+    hasBeenRefused = true;
+}
+
 // It is not where it should be. Either an event on its way tells why, or what is known of its parent is wrong.
 void TreeWatcher::retryLater(FolderNode* folder) {
     constexpr std::uint8_t patience = 3;
@@ -191,10 +196,7 @@ void TreeWatcher::compare(FolderNode* folder) {
         pending.touchWindow(system.now()); // the check of the roots will find it lost
         return;
     }
-    if (!isHere) {
-        if (opened.error != EACCES) retryLater(folder);
-        return;
-    }
+    if (!isHere) return handleRefusal(folder, opened.error);
     if (!keepWatch(folder, path, *opened.folder)) return;
     folder->failures = 0;
     const bool goesOn = folder->mustCompareBelow;
