@@ -4,6 +4,7 @@
 // case the daemon goes on with what is there. Only what a rule of the operation allows may remain besides.
 
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 
@@ -263,7 +264,8 @@ bool mayLeaveOut(const std::string& call, int error) {
     return (error == EPERM || error == EOPNOTSUPP) && (call.starts_with("fch") || call.find("xattr") != call.npos);
 }
 
-// Where that is permitted the scenes are in memory: flushing would take nearly all of the time.
+// Where that is permitted the scenes are in memory: flushing would take nearly all of the time. And nobody else mounts
+// anything there: a walk reads the table of mounts, a page with each call, and two runs would differ in their calls.
 class InMemory {
 public:
     InMemory() {
@@ -272,6 +274,8 @@ public:
     InMemory(const InMemory&) = delete;
     InMemory& operator=(const InMemory&) = delete;
     ~InMemory() { before ? ::setenv("TMPDIR", before->c_str(), 1) : ::unsetenv("TMPDIR"); }
+
+    const bool isAlone = ::unshare(CLONE_NEWNS) == 0 && ::mount("", "/", "", MS_REC | MS_PRIVATE, nullptr) == 0;
 
 private:
     const std::optional<std::string> before =
@@ -333,8 +337,8 @@ TEST_P(EveryStep, AFailureThereIsToldAndChangesNothing) {
             const Trace trace = run(scene, {.call = call, .kind = FaultKind::fail, .errorNumber = error},
                                     mayLeaveOut(calls[call - 1], error));
             ++count;
-            // Two runs differ in a call when somebody mounts meanwhile.
-            if (trace.calls.size() < call) break;
+            if (!inMemory.isAlone && trace.calls.size() < call) break;
+            ASSERT_GE(trace.calls.size(), call) << "two runs differ in their calls";
             EXPECT_EQ(trace.finding, "") << "call " << call << " " << trace.calls[call - 1] << ": "
                                          << std::strerror(error) << ": " << trace.message;
         }
