@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <thread>
+#include <utility>
 
 #include "tests/process/DaemonProcess.h"
 #include "tests/support/Files.h"
@@ -15,13 +17,13 @@ namespace {
 
 constexpr std::size_t megabyte = 1 << 20;
 
-// The most memory that the process ever had, or what it has now.
-std::size_t memoryOf(const DaemonProcess& daemon, const std::string& key) {
+// The most memory that the process ever had.
+std::size_t mostMemoryOf(const DaemonProcess& daemon) {
     std::ifstream status("/proc/" + std::to_string(daemon.processID()) + "/status");
     for (std::string word; status >> word;) {
-        if (std::size_t kilobytes = 0; word == key + ":" && status >> kilobytes) return kilobytes * 1024;
+        if (std::size_t kilobytes = 0; word == "VmHWM:" && status >> kilobytes) return kilobytes * 1024;
     }
-    throw std::runtime_error("no " + key);
+    throw std::runtime_error("no process");
 }
 
 bool hasEnded(const DaemonProcess& daemon) {
@@ -37,12 +39,13 @@ TEST(HostileClient, ALineWithoutEndTakesNoMoreThanItsOwnSize) {
     const std::string piece(megabyte, 'x');
     constexpr std::size_t count = 64;
     for (std::size_t sent = 0; sent < count; ++sent) daemon.send(piece);
-    daemon.closeInput();
+    daemon.send("\n"); // and not the end of input, after which there would be no process to look at
     EXPECT_NE(daemon.readLine().value_or("").find("Failed to decode request: "), std::string::npos);
     // A buffer that doubles is up to twice as large as what is in it, and a half as large again while it moves.
     if (!IS_SANITIZED) {
-        EXPECT_LT(memoryOf(daemon, "VmHWM"), 3 * count * megabyte);
+        EXPECT_LT(mostMemoryOf(daemon), 3 * count * megabyte);
     }
+    daemon.closeInput();
     EXPECT_EQ(daemon.readLine(), std::nullopt);
     EXPECT_EQ(daemon.wait(), 0);
 }
@@ -70,7 +73,7 @@ TEST(HostileClient, AReaderThatStopsReadingDoesNotKeepTheDaemonAlive) {
     for (int sent = 0; sent < 50; ++sent)
         daemon.sendLine(R"({"requestID":"1","command":"open","path":")" + directory.path("file") + "\"}");
     if (!IS_SANITIZED) {
-        EXPECT_LT(memoryOf(daemon, "VmHWM"), 64 * megabyte);
+        EXPECT_LT(mostMemoryOf(daemon), 64 * megabyte);
     }
     daemon.closeInput();
     ASSERT_TRUE(hasEnded(daemon));
@@ -87,6 +90,36 @@ TEST(HostileClient, AReaderThatIsSlowGetsEverything) {
     daemon.closeInput();
     for (int answer = 0; answer < count; ++answer)
         ASSERT_EQ(daemon.readLine().value_or("").size() / 1000, (megabyte + 300) / 1000) << answer;
+    EXPECT_EQ(daemon.readLine(), std::nullopt);
+    EXPECT_EQ(daemon.wait(), 0);
+}
+
+// They wait in their pipe, and what they need in the daemon is the room of one.
+TEST(HostileClient, RequestsFasterThanTheyCanBeServedAreServedInTheirOrder) {
+    DaemonProcess daemon;
+    constexpr int count = 20'000;
+    const auto close = [](int number, const std::string& documentID) {
+        return R"({"requestID":")" + std::to_string(number) + R"(","command":"close","documentID":")" + documentID +
+               "\"}";
+    };
+    std::thread sender([&] {
+        std::string lines;
+        for (int number = 0; number < count; ++number) {
+            const bool isLarge = number % 100 == 0;
+            lines += close(number, isLarge ? std::string(megabyte, 'x') : "x") + '\n';
+            if (lines.size() > megabyte) daemon.send(std::exchange(lines, {}));
+        }
+        daemon.send(lines);
+    });
+    for (int number = 0; number < count; ++number) {
+        const std::string expected = R"({"kind":"response","requestID":")" + std::to_string(number) + "\",";
+        ASSERT_TRUE(daemon.readLine().value_or("").starts_with(expected)) << number;
+    }
+    sender.join();
+    if (!IS_SANITIZED) {
+        EXPECT_LT(mostMemoryOf(daemon), 32 * megabyte);
+    }
+    daemon.closeInput();
     EXPECT_EQ(daemon.readLine(), std::nullopt);
     EXPECT_EQ(daemon.wait(), 0);
 }

@@ -2,7 +2,6 @@
 #include <sys/resource.h>
 
 #include <filesystem>
-#include <thread>
 
 #include "shared/EditorDocumentDaemonEnvelope.h"
 #include "shared/RecordCoding.h"
@@ -127,18 +126,6 @@ TEST(RequestLoop, AReaderThatLeavesDoesNotKillTheDaemon) {
     for (int request = 0; request < 100; ++request) daemon.sendLine(unknownClose);
     daemon.closeInput();
     EXPECT_EQ(daemon.wait(), 0);
-}
-
-TEST(RequestLoop, ServesLinesSentWithoutWaiting) {
-    DaemonProcess daemon;
-    constexpr int count = 20'000;
-    std::thread sender([&] {
-        std::string lines;
-        for (int request = 0; request < count; ++request) lines += std::string(unknownClose) + '\n';
-        daemon.send(lines);
-    });
-    for (int request = 0; request < count; ++request) ASSERT_EQ(daemon.readLine(), unknownCloseAnswer);
-    sender.join();
 }
 
 } // namespace

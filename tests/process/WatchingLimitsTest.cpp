@@ -1,8 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
+#include <atomic>
 #include <filesystem>
 #include <memory>
+#include <thread>
 
 #include "tests/process/RandomFaults.h"
 #include "tests/process/WatchedSession.h"
@@ -37,23 +38,26 @@ TEST(WatchingLimits, WhatTheKernelForgotIsFoundAllTheSame) {
     EXPECT_EQ(session.differenceInTheEnd(), "");
 }
 
+// In a namespace of its own the limit holds for the daemon alone.
+std::vector<std::string> limiting(const std::string& limit) {
+    return {"unshare", "-Ur", "sh", "-c", "echo " + limit + " && exec \"$@\"", "sh"};
+}
+
 TEST(WatchingLimits, WithoutWatchesWhatIsLoadedIsLookedAtNowAndThen) {
-    // In a namespace of its own the limit holds for the daemon alone.
-    const std::vector<std::string> launcher{
-        "unshare", "-Ur", "sh", "-c", "echo 6 > /proc/sys/user/max_inotify_watches && exec \"$@\"", "sh"};
-    if (std::system("unshare -Ur sh -c 'echo 6 > /proc/sys/user/max_inotify_watches' 2> /dev/null") != 0) {
-        GTEST_SKIP() << "no namespace can be made in which to set the limit";
-    }
+    if (RandomFaults::launcher().empty()) GTEST_SKIP() << "no namespace can be made in which to set the limit";
     std::string tree = "a.txt sub/deep/b.txt";
     for (int number = 0; number < 50; ++number) tree += " many/" + std::to_string(number) + '/';
-    WatchedSession session(tree, launcher);
-    for (const char* folder : {"many", "many/0", "many/49", "sub", "sub/deep"}) session.load(folder);
-    session.open("sub/deep/b.txt");
-    session.shell("echo x > many/0/n && rmdir many/49 && echo x > n && echo new > sub/deep/b.txt");
-    const auto isKnown = [&] { return session.picture.difference().empty(); };
-    while (!isKnown()) session.events(1);
-    session.shell("mv sub/deep/b.txt sub/deep/c.txt");
-    while (!isKnown()) session.events(1);
+    for (const char* limit : {"6 > /proc/sys/user/max_inotify_watches", "0 > /proc/sys/user/max_inotify_instances"}) {
+        SCOPED_TRACE(limit);
+        WatchedSession session(tree, limiting(limit));
+        for (const char* folder : {"many", "many/0", "many/49", "sub", "sub/deep"}) session.load(folder);
+        session.open("sub/deep/b.txt");
+        session.shell("echo x > many/0/n && rmdir many/49 && echo x > n && echo new > sub/deep/b.txt");
+        const auto isKnown = [&] { return session.picture.difference().empty(); };
+        while (!isKnown()) session.events(1);
+        session.shell("mv sub/deep/b.txt sub/deep/c.txt");
+        while (!isKnown()) session.events(1);
+    }
 }
 
 TEST(WatchingLimits, WantOfMemoryDelaysWhatIsToldAndNoMore) {
@@ -114,6 +118,27 @@ TEST(WatchingLimits, WhatCannotBeReadForAWhileIsToldAfterwards) {
     EXPECT_EQ(session.differenceInTheEnd(), "");
     session.shell("touch sub/z sub/deep/z");
     EXPECT_EQ(session.differenceInTheEnd(), "");
+}
+
+TEST(WatchingLimits, RequestsWithoutPauseDoNotKeepChangesFromBeingTold) {
+    WatchedSession session("a.txt");
+    session.eventsUntilQuiet();
+    constexpr int many = 1'000'000;
+    std::atomic<bool> isTold = false, isOver = false;
+    std::atomic<int> sentCount = 0;
+    std::thread sender([&] {
+        for (; !isTold && sentCount < many; ++sentCount)
+            session.client.process.sendLine(R"({"requestID":"x","command":"close","documentID":"x"})");
+        isOver = true;
+    });
+    session.answer();
+    writeFile(session.path("n"), "");
+    for (int answeredCount = 1; !isOver || answeredCount < sentCount; ++answeredCount) {
+        session.answer();
+        if (session.picture.folders.at(session.root).children.contains("n")) isTold = true;
+    }
+    sender.join();
+    EXPECT_TRUE(isTold);
 }
 
 } // namespace
