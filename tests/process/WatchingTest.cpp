@@ -78,6 +78,24 @@ TEST(Watching, TheRootGoesAndADocumentStays) {
     EXPECT_EQ(session.events(1), Lines{"updated document-1 v3 a.txt"});
 }
 
+// Once it is back the root is the one that is watched, and nothing of it has changed.
+TEST(Watching, WhatWasSavedWhereTheRootWasAwayIsGoneWithWhatTookItsPlace) {
+    WatchedSession session("sub/a.txt");
+    std::string documentID = session.open("sub/a.txt");
+    std::filesystem::remove(session.path("sub/a.txt"));
+    ASSERT_EQ(session.differenceInTheEnd(), "");
+    for (int round = 0; round < 10; ++round) {
+        std::filesystem::rename(session.root, session.directory.path("v"));
+        session.ask({.command = Command::save,
+                     .documentID = documentID,
+                     .text = "new",
+                     .expectedVersion = session.picture.documents.at(documentID).version});
+        std::filesystem::remove_all(session.root);
+        std::filesystem::rename(session.directory.path("v"), session.root);
+        ASSERT_EQ(session.differenceInTheEnd(), "") << round;
+    }
+}
+
 TEST(Watching, AnOwnSaveIsSilent) {
     WatchedSession session("a.txt");
     const std::string documentID = session.open("a.txt");

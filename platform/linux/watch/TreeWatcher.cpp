@@ -78,6 +78,7 @@ void TreeWatcher::handleRecord(const KernelRecord& record) {
     if ((record.mask & aboutItself) && std::ranges::any_of(watchByAncestor, isAncestor)) {
         mustWatchAncestors = true;
         pending.touchWindow(now);
+        for (const std::string& path : paths.folders) pending.notice(path, now);
     }
     for (FolderNode* folder : foldersByWatch.all(record.watch)) {
         if (record.name.empty())
@@ -89,7 +90,11 @@ void TreeWatcher::handleRecord(const KernelRecord& record) {
 
 void TreeWatcher::handleFolderRecord(FolderNode* folder, const KernelRecord& record, WatchTime now) {
     const bool isRoot = std::ranges::any_of(roots, [&](const Root& root) { return root.node == folder; });
-    if (isRoot && (record.mask & (IN_MOVE_SELF | IN_DELETE_SELF | IN_IGNORED))) pending.touchWindow(now);
+    if (isRoot && (record.mask & (IN_MOVE_SELF | IN_DELETE_SELF | IN_IGNORED))) {
+        pending.touchWindow(now);
+        // It may come back at once, and whoever looked meanwhile has seen something else.
+        pending.noticeFoldersOfInterest(currentPath(folder), paths, now);
+    }
     if (isRoot && (record.mask & IN_ATTRIB)) handleNewRights(folder, now);
     if (record.mask & IN_UNMOUNT) pending.touchWindow(now);
     if (record.mask & IN_IGNORED) {
