@@ -51,7 +51,8 @@ void appendCollatorKey(std::string& keys, const UCollator* collator, std::u16str
 // its input. The key's zero byte stops it from being a beginning of another one; hence the name behind it decides
 // between equal keys only, whatever bytes it holds.
 void ICUCollation::appendSortKey(std::string& keys, std::string_view name) const {
-    if (const UCollator* opened = openedCollator()) {
+    const UCollator* opened = openedCollator();
+    if (opened && !(asciiKeys && asciiKeys->append(keys, name))) {
         putUTF16WithReplacements(name.substr(0, collatedLength), wideName);
         appendCollatorKey(keys, opened, wideName);
     }
@@ -71,6 +72,7 @@ const UCollator* ICUCollation::openedCollator() const {
     if (!wasOpened) {
         collator = open(localeName(environment));
         if (!collator) collator = open("");
+        if (collator) asciiKeys = ASCIISortKeys::of(collator.get());
         wasOpened = true;
     }
     return collator.get();

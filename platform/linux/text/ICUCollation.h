@@ -8,6 +8,7 @@
 
 #include "platform/Collation.h"
 #include "platform/Environment.h"
+#include "platform/linux/text/ASCIISortKeys.h"
 
 // The order of the locale that LC_ALL, LC_COLLATE or LANG names, or the root order of all languages if there is none.
 // Case and width are ignored, accents are not; names that differ in nothing else, and bytes that are not UTF-8, are
@@ -37,6 +38,7 @@ private:
 
     const Environment& environment;
     mutable OwnedCollator collator{};
+    mutable std::optional<ASCIISortKeys> asciiKeys{}; // where they are the collator's
     mutable std::u16string wideName{}; // kept for the next name
     mutable bool wasOpened = false;
 };
