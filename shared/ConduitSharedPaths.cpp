@@ -8,7 +8,8 @@ namespace {
 
 std::string joinedPath(std::string path, std::string_view name) {
     if (!path.ends_with('/')) path += '/';
-    return path += name;
+    path += name;
+    return path;
 }
 
 std::string userDataDirectory(const FileManager& fileManager, const Environment& environment) {

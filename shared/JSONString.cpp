@@ -19,6 +19,8 @@ constexpr std::size_t readAhead = windowSize;
 // large beforehand and so filled with zeros, costs more than the copy.
 constexpr std::size_t pieceSize = 4096;
 constexpr std::size_t longestEscape = 8;
+constexpr std::size_t roomOfWindow = windowSize * longestEscape;
+static_assert(roomOfWindow <= smallestEscapeRoom);
 
 // A whole window without a question: runs are short, and a wrong guess of the processor costs more than the rest.
 char* copyRun(const char* source, std::size_t length, char* end) {
@@ -44,7 +46,7 @@ std::uint64_t bitsOfWindow(const char* window, Comparison comparison) {
 // it has dealt with; 0 ends the copying. Returns what is left of the text.
 template <typename Comparison, typename Handler>
 std::string_view copyRuns(std::string& output, std::string_view text, Comparison comparison, Handler handler) {
-    std::array<char, pieceSize + windowSize * longestEscape> piece;
+    std::array<char, pieceSize + roomOfWindow> piece;
     char* end = piece.data();
     bool isStopped = false;
     while (!text.empty() && !isStopped) {
@@ -110,12 +112,38 @@ Handled write(const WrittenEscape& escape, std::size_t handledLength, char* end)
 
 constexpr std::string_view nextLine = "\u0085", lineSeparator = "\u2028", paragraphSeparator = "\u2029";
 
-Handled writeEscape(std::string_view text, char* end) {
-    const auto byte = static_cast<unsigned char>(text.front());
-    if (byte < 0x80) return write(writtenEscapes[byte], 1, end);
+// What is longer than a byte and to be escaped; zero bytes of anything else.
+Handled writeLongEscape(std::string_view text, char* end) {
     if (text.starts_with(nextLine)) return write(unicodeEscape(0x85), nextLine.size(), end);
     if (text.starts_with(lineSeparator)) return write(unicodeEscape(0x2028), lineSeparator.size(), end);
-    return write(unicodeEscape(0x2029), paragraphSeparator.size(), end);
+    if (text.starts_with(paragraphSeparator)) return write(unicodeEscape(0x2029), paragraphSeparator.size(), end);
+    return {0, end};
+}
+
+// Also every first byte of what may be longer, 0xC2 and 0xE2: few texts have many others of them.
+std::uint64_t bitsThatMayNeedEscape(const char* window) {
+    return bitsOfWindow(window, [](const char* bytes) {
+        const ByteBlock block = loadBlock(bytes);
+        return (block < 0x20) | (block == '"') | (block == '\\') | (block == 0x7F) | ((block & 0xDF) == 0xC2);
+    });
+}
+
+// One window of the text; length is what of it belongs to the text. Nearly everything that is escaped is one byte, and
+// in code every tenth byte is, so that each instruction counts.
+Handled escapeWindow(const char* window, std::size_t length, char* end) {
+    std::size_t position = 0;
+    for (std::uint64_t bits = bitsThatMayNeedEscape(window); bits != 0; bits &= bits - 1) {
+        const auto marked = static_cast<std::size_t>(std::countr_zero(bits));
+        const auto byte = static_cast<unsigned char>(window[marked]);
+        char* const runEnd = copyRun(window + position, marked - position, end);
+        const Handled handled = byte < 0x80 ? write(writtenEscapes[byte], 1, runEnd)
+                                            : writeLongEscape({window + marked, paragraphSeparator.size()}, runEnd);
+        if (handled.length == 0) continue;
+        end = handled.end;
+        position = marked + handled.length;
+    }
+    if (position >= length) return {position, end};
+    return {length, copyRun(window + position, length - position, end)};
 }
 
 // By the letter after the backslash; zero where no such escape is.
@@ -193,32 +221,69 @@ auto isNotPlainASCII(ByteBlock block) {
     return endsPlainText(block) | (block >= 0x7F);
 }
 
+// As two words, the first and the last.
+template <typename Word>
+bool copyPlainASCIIAsWords(char* to, std::string_view text) {
+    constexpr std::size_t size = sizeof(Word);
+    std::array<Word, byteBlockSize / size> words;
+    std::memcpy(&words[0], text.data(), size);
+    words.fill(words[0]);
+    std::memcpy(&words[1], text.data() + text.size() - size, size);
+    std::memcpy(to, &words[0], size);
+    std::memcpy(to + text.size() - size, &words[1], size);
+    return !holdsAnywhere(isNotPlainASCII(std::bit_cast<ByteBlock>(words)));
+}
+
+bool copyPlainASCIIShorterThanBlock(char* to, std::string_view text) {
+    if (text.size() >= 8) return copyPlainASCIIAsWords<std::uint64_t>(to, text);
+    if (text.size() >= 4) return copyPlainASCIIAsWords<std::uint32_t>(to, text);
+    if (text.size() >= 2) return copyPlainASCIIAsWords<std::uint16_t>(to, text);
+    return text.empty() || copyPlainASCIIAsWords<std::uint8_t>(to, text);
+}
+
 } // namespace
+
+EscapedPiece escapePiece(std::string_view text, std::span<char> room) {
+    const std::string_view whole = text;
+    char* end = room.data();
+    const char* const lastBegin = room.data() + room.size() - roomOfWindow;
+    while (!text.empty() && end <= lastBegin) {
+        std::array<char, windowSize + readAhead> lastBytes;
+        const char* window = text.data();
+        if (text.size() < lastBytes.size()) {
+            lastBytes.fill(' ');
+            window = std::copy(text.begin(), text.end(), lastBytes.begin()) - text.size();
+        }
+        const Handled handled = escapeWindow(window, std::min(text.size(), windowSize), end);
+        end = handled.end;
+        text.remove_prefix(handled.length);
+    }
+    return {whole.size() - text.size(), static_cast<std::size_t>(end - room.data())};
+}
 
 void appendEscaped(std::string& output, std::string_view text) {
     output.reserve(output.size() + text.size() + text.size() / 8 + 2);
-    const auto needsEscape = [](const char* bytes) {
-        const ByteBlock first = loadBlock(bytes), second = loadBlock(bytes + 1), third = loadBlock(bytes + 2);
-        const auto isNextLine = (first == 0xC2) & (second == 0x85);
-        const auto isSeparator = (first == 0xE2) & (second == 0x80) & ((third & 0xFE) == 0xA8);
-        return (first < 0x20) | (first == '"') | (first == '\\') | (first == 0x7F) | isNextLine | isSeparator;
-    };
-    copyRuns(output, text, needsEscape, [](auto... arguments) { return writeEscape(arguments...); });
+    std::array<char, pieceSize + roomOfWindow> room;
+    while (!text.empty()) {
+        const EscapedPiece piece = escapePiece(text, room);
+        output.append(room.data(), piece.written);
+        text.remove_prefix(piece.consumed);
+    }
 }
 
-bool isPlainASCII(std::string_view text) {
-    if (text.size() < byteBlockSize) {
-        std::array<char, byteBlockSize> padded;
-        padded.fill(' ');
-        std::copy(text.begin(), text.end(), padded.begin());
-        return !holdsAnywhere(isNotPlainASCII(loadBlock(padded.data())));
+// Whatever the length, it is copied in a few large parts that overlap.
+bool copyPlainASCII(char* to, std::string_view text) {
+    const char* const from = text.data();
+    const std::size_t size = text.size();
+    if (size < byteBlockSize) return copyPlainASCIIShorterThanBlock(to, text);
+    auto isOther = isNotPlainASCII(loadBlock(from + size - byteBlockSize));
+    for (std::size_t offset = 0; offset + byteBlockSize < size; offset += byteBlockSize) {
+        const ByteBlock block = loadBlock(from + offset);
+        isOther |= isNotPlainASCII(block);
+        std::memcpy(to + offset, &block, byteBlockSize);
     }
-    // The last block overlaps the one before it.
-    const std::size_t last = text.size() - byteBlockSize;
-    for (std::size_t offset = 0; offset < last; offset += byteBlockSize) {
-        if (holdsAnywhere(isNotPlainASCII(loadBlock(text.data() + offset)))) return false;
-    }
-    return !holdsAnywhere(isNotPlainASCII(loadBlock(text.data() + last)));
+    std::memcpy(to + size - byteBlockSize, from + size - byteBlockSize, byteBlockSize);
+    return !holdsAnywhere(isOther);
 }
 
 std::optional<std::size_t> appendUnescaped(std::string& output, std::string_view text) {

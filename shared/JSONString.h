@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -11,9 +12,17 @@
 // JSON asks for, U+007F, U+0085, U+2028 and U+2029 are escaped, because there are readers that split lines there.
 void appendEscaped(std::string& output, std::string_view text);
 
-// Whether the text is ASCII that stands between the quotes as it is. Asked of nearly every name, it spares the other
-// questions.
-bool isPlainASCII(std::string_view text);
+// The same, as far as there is room; what is left is for the next piece.
+struct EscapedPiece {
+    std::size_t consumed{}; // bytes of the text
+    std::size_t written{};
+};
+inline constexpr std::size_t smallestEscapeRoom = 512;
+EscapedPiece escapePiece(std::string_view text, std::span<char> room);
+
+// Copies the text, which nearly always is ASCII that stands between the quotes as it is. False when it is anything
+// else; what was copied is then to be dropped.
+bool copyPlainASCII(char* to, std::string_view text);
 
 // Appends what the JSON string says whose opening quote stands just before the given text, and returns how many bytes
 // it takes up, closing quote included. Absent when it does not end or holds a control character or a bad escape.

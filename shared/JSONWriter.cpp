@@ -1,18 +1,10 @@
 #include "shared/JSONWriter.h"
 
-#include <cstring>
 #include <utility>
 
 #include "shared/JSONNumber.h"
 #include "shared/JSONString.h"
 #include "shared/UTF8.h"
-
-void JSONWriter::key(std::string_view name) {
-    separate();
-    put("\"");
-    put(name);
-    put(layout == JSONLayout::pretty ? "\" : " : "\":");
-}
 
 void JSONWriter::textKey(std::string_view text) {
     separate();
@@ -35,9 +27,19 @@ void JSONWriter::wellFormedString(std::string_view text) {
     put("\"");
 }
 
-void JSONWriter::plainString(std::string_view text) {
+bool JSONWriter::shortPlainString(std::string_view text) {
+    constexpr std::size_t longest = 1024;
+    if (text.size() > longest) return false;
+    char* const begin = room(text.size() + 2);
+    if (!copyPlainASCII(begin + 1, text)) return false;
+    begin[0] = begin[1 + text.size()] = '"';
+    gatheredUpTo(begin + text.size() + 2);
+    return true;
+}
+
+void JSONWriter::name(std::string_view enumerator) {
     put("\"");
-    put(text);
+    put(enumerator);
     put("\"");
 }
 
@@ -60,44 +62,22 @@ std::string JSONWriter::takeOutput() {
     return std::move(output);
 }
 
-void JSONWriter::beginContainer(char opening) {
-    put({&opening, 1});
-    ++depth;
-    isAtBeginningOfContainer = true;
+void JSONWriter::prettyKey(std::string_view name) {
+    separate();
+    put("\"");
+    put(name);
+    put("\" : ");
 }
 
-void JSONWriter::endContainer(char closing) {
-    --depth;
-    if (layout == JSONLayout::pretty) {
-        // An empty container takes up three lines, the middle one empty.
-        if (isAtBeginningOfContainer) put("\n");
-        breakLine();
-    }
-    put({&closing, 1});
-    isAtBeginningOfContainer = false;
-}
-
-void JSONWriter::separate() {
-    if (!isAtBeginningOfContainer) put(",");
-    if (layout == JSONLayout::pretty) breakLine();
-    isAtBeginningOfContainer = false;
+// An empty container takes up three lines, the middle one empty.
+void JSONWriter::endPrettyContainer() {
+    if (isAtBeginningOfContainer) put("\n");
+    breakLine();
 }
 
 void JSONWriter::breakLine() {
     put("\n");
     for (std::size_t level = 0; level < depth; ++level) put("  ");
-}
-
-void JSONWriter::put(std::string_view bytes) {
-    if (bytes.size() > piece.size() - gathered) {
-        flush();
-        if (bytes.size() > piece.size()) {
-            output += bytes;
-            return;
-        }
-    }
-    std::memcpy(piece.data() + gathered, bytes.data(), bytes.size());
-    gathered += bytes.size();
 }
 
 void JSONWriter::flush() {

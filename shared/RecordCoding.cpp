@@ -45,6 +45,11 @@ std::optional<std::string> RecordCoding<Record>::encode(const Record& record, JS
     return RecordEncoder{layout}.encode(record);
 }
 
+template <WireRecord Record>
+std::optional<JSONAroundText> RecordCoding<Record>::encodeAroundText(const Record& record, const std::string& text) {
+    return RecordEncoder{text}.encodeAroundText(record);
+}
+
 // What is wrong with the grammar is told before what is wrong with a value, wherever it stands.
 template <WireRecord Record>
 Record RecordCoding<Record>::decode(std::string_view json, std::size_t readableSize) {

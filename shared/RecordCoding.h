@@ -11,9 +11,16 @@
 
 // Records to JSON and back, for the records that RecordCoding.cpp lists. Every record goes both ways.
 
+// A record of which one text is left out: what stands before it, with the opening quote, and what stands behind.
+struct JSONAroundText {
+    std::string before{};
+    std::string behind{};
+};
+
 template <WireRecord Record>
 struct RecordCoding {
     static std::optional<std::string> encode(const Record& record, JSONLayout layout);
+    static std::optional<JSONAroundText> encodeAroundText(const Record& record, const std::string& text);
     static Record decode(std::string_view json, std::size_t readableSize);
 };
 
@@ -22,6 +29,12 @@ struct RecordCoding {
 template <WireRecord Record>
 std::optional<std::string> encodeRecord(const Record& record, JSONLayout layout = JSONLayout::compact) {
     return RecordCoding<Record>::encode(record, layout);
+}
+
+// For a long text, which the caller escapes himself. It is one of the record's own members, and is not looked at.
+template <WireRecord Record>
+std::optional<JSONAroundText> encodeAroundText(const Record& record, const std::string& text) {
+    return RecordCoding<Record>::encodeAroundText(record, text);
 }
 
 // Throws a DecodingError, or std::bad_alloc for a message that memory cannot hold.

@@ -58,17 +58,20 @@ private:
     template <WireRecord Record>
     bool readField(Record& record, std::bitset<recordFieldCount<Record>>& hasValue, std::string_view key, Value& value,
                    const DecodingPlace& place) const {
-        std::size_t index = 0;
-        bool isRead = false;
-        forEachField<Record>([&](const auto& field) {
-            if (!isRead && field.name == key && !hasValue[index]) {
-                read(record.*field.member, value, field.form, place.child(field.name));
-                hasValue[index] = true;
-                isRead = true;
-            }
-            ++index;
-        });
-        return isRead;
+        const std::size_t index = indexOfField<Record>(key);
+        if (index == recordFieldCount<Record> || hasValue[index]) return false;
+        readFieldAt(record, index, value, place, std::make_index_sequence<recordFieldCount<Record>>{});
+        hasValue[index] = true;
+        return true;
+    }
+
+    template <WireRecord Record, std::size_t... indices>
+    void readFieldAt(Record& record, std::size_t index, Value& value, const DecodingPlace& place,
+                     std::index_sequence<indices...>) const {
+        const auto readFrom = [&](const auto& field) {
+            read(record.*field.member, value, field.form, place.child(field.name));
+        };
+        ((index == indices ? readFrom(std::get<indices>(recordFields<Record>)) : void()), ...);
     }
 
     template <WireRecord Record>

@@ -11,15 +11,17 @@
 
 #include "shared/EnumerationNames.h"
 #include "shared/FileNameText.h"
-#include "shared/JSONString.h"
 #include "shared/JSONWriter.h"
 #include "shared/MillisecondDate.h"
+#include "shared/RecordCoding.h"
 #include "shared/RecordFields.h"
 
 // Writes records by their field lists.
 class RecordEncoder {
 public:
     explicit RecordEncoder(JSONLayout chosenLayout) : layout(chosenLayout), writer(chosenLayout) {}
+    // For a record one of whose texts is to be left out.
+    explicit RecordEncoder(const std::string& text) : RecordEncoder(JSONLayout::compact) { leftOut = &text; }
 
     template <WireRecord Record>
     std::optional<std::string> encode(const Record& record) {
@@ -28,21 +30,31 @@ public:
         return writer.takeOutput();
     }
 
+    // The text that is left out must be one of the record's own.
+    template <WireRecord Record>
+    std::optional<JSONAroundText> encodeAroundText(const Record& record) {
+        auto json = encode(record);
+        if (!json) return std::nullopt;
+        return JSONAroundText{.before = json->substr(0, placeOfLeftOut), .behind = json->substr(placeOfLeftOut)};
+    }
+
 private:
     template <WireRecord Record>
     void write(const Record& record, StringForm) {
         writer.beginObject();
-        if (layout == JSONLayout::pretty) {
-            writeFields(record, std::make_index_sequence<recordFieldCount<Record>>{});
-        } else {
-            forEachField<Record>([&](const auto& field) { writeField(record, field); });
-        }
+        constexpr auto indices = std::make_index_sequence<recordFieldCount<Record>>{};
+        layout == JSONLayout::pretty ? writeFieldsByName(record, indices) : writeFields(record, indices);
         writer.endObject();
+    }
+
+    template <WireRecord Record, std::size_t... indices>
+    void writeFields(const Record& record, std::index_sequence<indices...>) {
+        (writeField(record, std::get<indices>(recordFields<Record>)), ...);
     }
 
     // In the order of the keys' bytes, found out by the compiler.
     template <WireRecord Record, std::size_t... indices>
-    void writeFields(const Record& record, std::index_sequence<indices...>) {
+    void writeFieldsByName(const Record& record, std::index_sequence<indices...>) {
         static constexpr auto order = [] {
             const auto names = std::array{std::get<indices>(recordFields<Record>).name...};
             std::array<std::size_t, sizeof...(indices)> positions{indices...};
@@ -53,7 +65,7 @@ private:
     }
 
     template <typename Record, typename Value>
-    void writeField(const Record& record, const RecordField<Record, Value>& field) {
+    [[gnu::always_inline]] void writeField(const Record& record, const RecordField<Record, Value>& field) {
         const Value& value = record.*field.member;
         if constexpr (isOptional<Value>) {
             if (!value) return;
@@ -67,10 +79,15 @@ private:
 
     template <typename Element>
     void write(const std::vector<Element>& elements, StringForm form) {
+        constexpr std::size_t judgedBy = 64;
+        const std::size_t sizeBefore = writer.size();
+        std::size_t written = 0;
         writer.beginArray();
         for (const Element& element : elements) {
             writer.element();
             write(element, form);
+            // A large output that grows by itself is copied again and again.
+            if (++written == judgedBy) writer.expect((writer.size() - sizeBefore) / judgedBy * elements.size());
         }
         writer.endArray();
     }
@@ -89,15 +106,21 @@ private:
     void write(MillisecondDate date, StringForm) { writer.number(date.time_since_epoch().count()); }
 
     void write(const std::string& string, StringForm form) {
-        if (isPlainASCII(string)) return writer.plainString(string);
+        if (&string == leftOut) return writeEmptyPlace();
+        if (writer.shortPlainString(string)) return;
         if (form == StringForm::text) return writer.string(string);
         if (isItsOwnText(string)) return writer.wellFormedString(string);
         writer.wellFormedString(textFromFileName(string));
     }
 
+    void writeEmptyPlace() {
+        writer.wellFormedString("");
+        placeOfLeftOut = writer.size() - 1;
+    }
+
     template <WireEnumeration Enumeration>
     void write(Enumeration value, StringForm) {
-        writer.plainString(nameOf(value));
+        writer.name(nameOf(value));
     }
 
     template <typename Number>
@@ -112,4 +135,6 @@ private:
 
     JSONLayout layout;
     JSONWriter writer;
+    const std::string* leftOut = nullptr;
+    std::size_t placeOfLeftOut = 0;
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <optional>
 #include <string_view>
 #include <tuple>
@@ -52,6 +54,16 @@ constexpr void forEachField(Visitor&& visitor) {
 
 template <WireRecord Record>
 inline constexpr std::size_t recordFieldCount = std::tuple_size_v<decltype(recordFields<Record>)>;
+
+// Where in the list the field of that name is; the count of fields when there is none.
+template <WireRecord Record>
+constexpr std::size_t indexOfField(std::string_view name) {
+    constexpr auto names =
+        std::apply([](const auto&... fields) { return std::array{fields.name...}; }, recordFields<Record>);
+    std::size_t index = 0;
+    while (index < names.size() && names[index] != name) ++index;
+    return index;
+}
 
 // Whether the list names every member in the order of declaration: the listed types initialise the record, and after
 // them no member is left that one more pair of braces could initialise.

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <iostream>
 #include <random>
 
@@ -21,6 +22,18 @@ std::optional<std::string> unescaped(std::string_view escapedText) {
     if (!length) return std::nullopt;
     EXPECT_EQ(*length, escapedText.size() + 1);
     return output;
+}
+
+// What lies around the copy stays as it is.
+bool copiedAsPlainASCII(std::string_view text) {
+    std::string place(text.size() + 2, '#');
+    const bool isPlain = copyPlainASCII(place.data() + 1, text);
+    EXPECT_EQ(place.front(), '#');
+    EXPECT_EQ(place.back(), '#');
+    if (isPlain) {
+        EXPECT_EQ(place.substr(1, text.size()), text);
+    }
+    return isPlain;
 }
 
 struct Case {
@@ -62,7 +75,7 @@ TEST(JSONString, escapesWhereverTheyStand) {
             for (const std::size_t after : {0u, 1u, 2u, 61u, 62u, 63u, 64u, 130u}) {
                 const std::string head(before, 'h'), tail(after, 't');
                 ASSERT_EQ(escaped(head + text + tail), head + expected + tail) << before << " " << after;
-                ASSERT_EQ(isPlainASCII(head + text + tail), isPlain) << before << " " << after;
+                ASSERT_EQ(copiedAsPlainASCII(head + text + tail), isPlain) << before << " " << after;
                 ASSERT_EQ(unescaped(head + expected + tail), head + text + tail) << before << " " << after;
             }
         }
@@ -73,6 +86,27 @@ TEST(JSONString, appendsToWhatIsThere) {
     std::string output = "before ";
     appendEscaped(output, "\n");
     EXPECT_EQ(output, "before \\n");
+}
+
+// In the smallest room that is allowed, the pieces begin everywhere.
+TEST(JSONString, piecesAreTheWhole) {
+    for (const auto& [name, text, expected] : cases) {
+        SCOPED_TRACE(name);
+        std::string longText, longExpected, pieces;
+        for (std::size_t count = 0; longText.size() < 5'000; ++count) {
+            (longText += text) += std::string(count % 70, 'x');
+            (longExpected += expected) += std::string(count % 70, 'x');
+        }
+        std::array<char, smallestEscapeRoom + 3> room;
+        for (std::string_view rest = longText; !rest.empty();) {
+            const EscapedPiece piece = escapePiece(rest, room);
+            ASSERT_GT(piece.consumed, 0);
+            ASSERT_LE(piece.written, room.size());
+            pieces.append(room.data(), piece.written);
+            rest.remove_prefix(piece.consumed);
+        }
+        ASSERT_EQ(pieces, longExpected);
+    }
 }
 
 TEST(JSONString, refusesWhatIsNoString) {
