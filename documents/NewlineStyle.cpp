@@ -24,7 +24,8 @@ std::string withCarriageReturnLineFeeds(const std::string& text) {
     for (std::size_t lineEnd; (lineEnd = text.find('\n', lineBegin)) != std::string::npos; lineBegin = lineEnd + 1) {
         result.append(text, lineBegin, lineEnd - lineBegin).append("\r\n");
     }
-    return result.append(text, lineBegin);
+    result.append(text, lineBegin);
+    return result;
 }
 
 } // namespace

@@ -24,7 +24,8 @@ struct FormOfIdentifier {
     std::string operator()(const FileIdentifierBytes& bytes) const {
         std::string form;
         form.reserve(dataPrefix.size() + bytes.bytes.size());
-        return (form += dataPrefix) += bytes.bytes;
+        (form += dataPrefix) += bytes.bytes;
+        return form;
     }
     std::string operator()(const std::string& text) const { return "string:" + text; }
     std::string operator()(const FileIdentifierUUID& uuid) const { return "uuid:" + canonicalText(uuid); }

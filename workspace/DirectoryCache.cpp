@@ -23,6 +23,11 @@ bool losesAnything(const std::vector<std::string>& childNodeIDsBefore, const Wor
     return std::ranges::any_of(childNodeIDsBefore, [&](const auto& nodeID) { return !nodeIDs.contains(nodeID); });
 }
 
+// Of nodes with the same ID. Name and parent stand in the path.
+bool isSameItem(const WorkspaceBrowserNodePayload& left, const WorkspaceBrowserNodePayload& right) {
+    return left.path == right.path && left.isDirectory == right.isDirectory;
+}
+
 } // namespace
 
 void indexListing(const WorkspaceDirectoryListing& listing, EventNodePathIndex& index) {
@@ -40,6 +45,8 @@ void cacheWorkspaceDirectoryPayload(WorkspaceDirectoryListing listing, ManagedWo
     indexListing(listing, workspace.knownPathsByEventNodeID);
     WorkspaceBrowserDirectoryPayload& payload = listing.payload;
     const bool isNew = workspace.loadedDirectoryPaths.insert(payload.directoryPath).second;
+    // Most directories that are listed again are as they were.
+    if (!isNew && isCachedAsItIs(payload, workspace)) return;
     std::vector<std::string>& childNodeIDs = workspace.childNodeIDsByDirectoryPath[payload.directoryPath];
     if (losesAnything(childNodeIDs, payload, workspace) ||
         (isNew && !isListedDirectory(payload.directoryPath, workspace))) {
@@ -57,8 +64,9 @@ bool isCachedAsItIs(const WorkspaceBrowserDirectoryPayload& payload, const Manag
     const auto childNodeIDs = workspace.childNodeIDsByDirectoryPath.find(payload.directoryPath);
     return childNodeIDs != workspace.childNodeIDsByDirectoryPath.end() &&
            std::ranges::equal(childNodeIDs->second, payload.nodes, [&](const std::string& nodeID, const auto& node) {
+               if (nodeID != node.nodeID) return false;
                const auto cached = workspace.cachedNodesByID.find(nodeID);
-               return cached != workspace.cachedNodesByID.end() && cached->second == node;
+               return cached != workspace.cachedNodesByID.end() && isSameItem(cached->second, node);
            });
 }
 

@@ -18,42 +18,75 @@ bool isHiddenFromListings(std::string_view name) {
     return name == ".DS_Store" || isIgnoredName(name);
 }
 
-WorkspaceDirectoryListing listChildren(const std::string& rootPath, const std::string& directoryPath,
-                                       const WorkspaceListingSources& sources) {
-    WorkspaceDirectoryListing listing{.payload = {.rootPath = rootPath, .directoryPath = directoryPath}};
+// The entries of a directory as they are found. Their names and IDs lie in one string, for there may be many; the nodes
+// are made when the order is known, so that what is looked at in a row lies in a row.
+class FoundEntries {
+public:
+    void add(std::string_view name, std::string_view nodeID, bool isDirectory,
+             std::optional<std::uint64_t> fileNumber) {
+        const std::size_t begin = texts.size();
+        (texts += name) += nodeID;
+        entries.push_back({begin, name.size(), nodeID.size(), isDirectory, fileNumber});
+    }
+
+    WorkspaceDirectoryListing listing(const std::string& rootPath, const std::string& directoryPath,
+                                      const Collation& collation) const {
+        WorkspaceDirectoryListing listing{.payload = {.rootPath = rootPath, .directoryPath = directoryPath}};
+        listing.payload.nodes.reserve(entries.size());
+        listing.fileNumbers.reserve(entries.size());
+        for (const std::size_t position : orderForBrowsing(collation)) {
+            const Entry& entry = entries[position];
+            listing.payload.nodes.push_back({
+                .nodeID = texts.substr(entry.begin + entry.nameSize, entry.nodeIDSize),
+                .path = appendingPathComponent(directoryPath, name(entry)),
+                .parentPath = directoryPath,
+                .name = std::string(name(entry)),
+                .isDirectory = entry.isDirectory,
+            });
+            listing.fileNumbers.push_back(entry.fileNumber);
+        }
+        return listing;
+    }
+
+private:
+    struct Entry {
+        std::size_t begin{}; // of the name, which the ID follows
+        std::size_t nameSize{};
+        std::size_t nodeIDSize{};
+        bool isDirectory{};
+        std::optional<std::uint64_t> fileNumber{};
+    };
+
+    std::string_view name(const Entry& entry) const {
+        return std::string_view(texts).substr(entry.begin, entry.nameSize);
+    }
+
+    std::vector<std::size_t> orderForBrowsing(const Collation& collation) const {
+        std::vector<std::string_view> names;
+        names.reserve(entries.size());
+        for (const Entry& entry : entries) names.push_back(name(entry));
+        std::vector<std::size_t> order = sortedOrder(collation, names);
+        std::stable_partition(order.begin(), order.end(),
+                              [&](std::size_t position) { return entries[position].isDirectory; });
+        return order;
+    }
+
+    std::string texts{};
+    std::vector<Entry> entries{};
+};
+
+FoundEntries entriesOf(const std::string& directoryPath, const WorkspaceListingSources& sources) {
+    FoundEntries found;
+    std::string path = appendingPathComponent(directoryPath, "");
+    const std::size_t nameBegin = path.size();
     sources.fileIdentification.forEachIdentifiedEntry(directoryPath, [&](const IdentifiedEntry& entry) {
         if (isHiddenFromListings(entry.name)) return;
-        std::string path = appendingPathComponent(directoryPath, entry.name);
-        std::string nodeID = stableNodeID(path, entry, sources.stableNodeIDs, sources.fileManager);
-        listing.payload.nodes.push_back({
-            .nodeID = std::move(nodeID),
-            .path = std::move(path),
-            .parentPath = directoryPath,
-            .name = std::string(entry.name),
-            .isDirectory = entry.type == FileType::directory,
-        });
-        listing.fileNumbers.push_back(entry.fileNumber);
+        path.resize(nameBegin);
+        path += entry.name;
+        found.add(entry.name, stableNodeID(path, entry, sources.stableNodeIDs, sources.fileManager),
+                  entry.type == FileType::directory, entry.fileNumber);
     });
-    return listing;
-}
-
-void sortForBrowsing(WorkspaceDirectoryListing& listing, const Collation& collation) {
-    std::vector<WorkspaceBrowserNodePayload>& nodes = listing.payload.nodes;
-    std::vector<std::string_view> names;
-    for (const WorkspaceBrowserNodePayload& node : nodes) names.push_back(node.name);
-    std::vector<std::size_t> order = sortedOrder(collation, names);
-    std::stable_partition(order.begin(), order.end(),
-                          [&](std::size_t position) { return nodes[position].isDirectory; });
-
-    WorkspaceDirectoryListing sorted{
-        .payload = {.rootPath = listing.payload.rootPath, .directoryPath = listing.payload.directoryPath}};
-    sorted.payload.nodes.reserve(order.size());
-    sorted.fileNumbers.reserve(order.size());
-    for (const std::size_t position : order) {
-        sorted.payload.nodes.push_back(std::move(nodes[position]));
-        sorted.fileNumbers.push_back(listing.fileNumbers[position]);
-    }
-    listing = std::move(sorted);
+    return found;
 }
 
 } // namespace
@@ -73,7 +106,5 @@ WorkspaceDirectoryListing loadWorkspaceDirectory(const std::string& rootPath, co
                                                  const WorkspaceListingSources& sources) {
     requirePath(directoryPath, rootPath);
     if (!sources.fileManager.isDirectory(directoryPath)) throw workspaceDirectoryUnavailableError();
-    WorkspaceDirectoryListing listing = listChildren(rootPath, directoryPath, sources);
-    sortForBrowsing(listing, sources.collation);
-    return listing;
+    return entriesOf(directoryPath, sources).listing(rootPath, directoryPath, sources.collation);
 }

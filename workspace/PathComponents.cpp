@@ -61,9 +61,12 @@ std::string parentPath(std::string_view path) {
 }
 
 std::string appendingPathComponent(std::string_view directoryPath, std::string_view name) {
-    std::string path(directoryPath);
+    std::string path;
+    path.reserve(directoryPath.size() + 1 + name.size());
+    path += directoryPath;
     if (!path.ends_with('/')) path += '/';
-    return path += name;
+    path += name;
+    return path;
 }
 
 NameParts nameParts(std::string_view name) {

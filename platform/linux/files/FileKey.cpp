@@ -13,7 +13,9 @@ namespace {
 
 template <class Number>
 void append(std::string& key, Number number) {
-    for (std::size_t i = 0; i < sizeof number; ++i) key += static_cast<char>(number >> 8 * i);
+    std::array<char, sizeof number> bytes;
+    for (std::size_t i = 0; i < sizeof number; ++i) bytes[i] = static_cast<char>(number >> 8 * i);
+    key.append(bytes.data(), bytes.size());
 }
 
 bool isRefusal(int errorNumber) {
@@ -86,7 +88,8 @@ std::string FileKeys::handleKey(dev_t device, const FileHandle& handle) {
     std::string key;
     key.reserve(sizeof(std::uint64_t) + handle.bytes.size());
     append(key, std::uint64_t{device});
-    return key += handle.bytes;
+    key += handle.bytes;
+    return key;
 }
 
 DeviceTraits FileKeys::directoryTraits(const struct stat& status, int directory) const {

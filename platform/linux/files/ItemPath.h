@@ -19,7 +19,8 @@ inline std::string lastName(const std::string& path) {
 inline std::string joinedPath(const std::string& directoryPath, std::string_view name) {
     std::string path = directoryPath;
     if (!path.ends_with('/')) path += '/';
-    return path += name;
+    path += name;
+    return path;
 }
 
 inline bool isAtOrBelow(std::string_view path, std::string_view directoryPath) {
