@@ -58,15 +58,9 @@ void EditorDocumentDaemon::handle(std::string_view line) {
     }
 }
 
-std::optional<std::string> EditorDocumentDaemon::encodedLine(const EditorDocumentDaemonEnvelope& envelope) {
-    auto line = encodeRecord(envelope);
-    if (line) *line += '\n';
-    return line;
-}
-
-void EditorDocumentDaemon::emit(const std::optional<std::string>& line) {
+void EditorDocumentDaemon::emit(const std::optional<EncodedLine>& line) {
     assert(queue->isCurrent());
-    if (line) platform.output->write(*line);
+    if (line) line->writeTo(*platform.output);
 }
 
 void EditorDocumentDaemon::respondFailure(const EditorDocumentDaemonRequest& request, std::string message) {

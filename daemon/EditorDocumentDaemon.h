@@ -7,9 +7,11 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "daemon/DaemonPlatform.h"
+#include "daemon/EncodedLine.h"
 #include "documents/DocumentLoading.h"
 #include "documents/ManagedDocument.h"
 #include "identity/StableNodeIDTable.h"
@@ -74,9 +76,11 @@ private:
 
     // The one door by which envelopes leave. An envelope that cannot be encoded is dropped. Where state goes with an
     // envelope, the line is made first: for want of memory that can fail, and then nothing is to have changed.
-    void write(const EditorDocumentDaemonEnvelope& envelope) { emit(encodedLine(envelope)); }
-    static std::optional<std::string> encodedLine(const EditorDocumentDaemonEnvelope& envelope);
-    void emit(const std::optional<std::string>& line);
+    void write(EditorDocumentDaemonEnvelope&& envelope) { emit(encodedLine(std::move(envelope))); }
+    static std::optional<EncodedLine> encodedLine(EditorDocumentDaemonEnvelope&& envelope) {
+        return EncodedLine::of(envelope);
+    }
+    void emit(const std::optional<EncodedLine>& line);
     void respondFailure(const EditorDocumentDaemonRequest& request, std::string message);
     void respondUnreadable(std::string_view description);
 
@@ -97,7 +101,7 @@ private:
     // Workspaces.
     void closeWorkspace(const std::string& rootPath);
     WorkspaceListingSources listingSources();
-    static std::optional<std::string> encodedListing(const EditorDocumentDaemonRequest& request,
+    static std::optional<EncodedLine> encodedListing(const EditorDocumentDaemonRequest& request,
                                                      const std::string& rootPath,
                                                      WorkspaceBrowserDirectoryPayload& listing);
 

@@ -71,7 +71,7 @@ void EditorDocumentDaemon::handleLoadWorkspaceChildren(EditorDocumentDaemonReque
 }
 
 // The envelope has the listing only while it is encoded: a large one is worth no copy.
-std::optional<std::string> EditorDocumentDaemon::encodedListing(const EditorDocumentDaemonRequest& request,
+std::optional<EncodedLine> EditorDocumentDaemon::encodedListing(const EditorDocumentDaemonRequest& request,
                                                                 const std::string& rootPath,
                                                                 WorkspaceBrowserDirectoryPayload& listing) {
     EditorDocumentDaemonEnvelope envelope{
@@ -82,7 +82,7 @@ std::optional<std::string> EditorDocumentDaemon::encodedListing(const EditorDocu
         .workspaceRootPath = rootPath,
         .workspaceDirectory = std::move(listing),
     };
-    auto line = encodedLine(envelope);
+    auto line = EncodedLine::of(envelope);
     listing = std::move(*envelope.workspaceDirectory);
     return line;
 }

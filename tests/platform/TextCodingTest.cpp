@@ -364,6 +364,28 @@ TEST(TextCoding, refusesWhatIsNoText) {
 }
 
 // None of these is UTF-8; some encoding may read them, but none may lose a byte.
+// However a long text is looked through, what it is shows wherever it stands.
+TEST(TextCoding, looksAtTheWholeOfALongText) {
+    constexpr std::size_t length = 200'000;
+    for (std::size_t begin = 0; begin <= 4; ++begin) {
+        std::string text(begin, 'a');
+        while (text.size() < length) text += "😀";
+        const auto detected = coding().detect(text);
+        ASSERT_TRUE(detected) << begin;
+        ASSERT_EQ(detected->encodingRawValue, StringEncoding::utf8) << begin;
+    }
+    for (const std::size_t place : {0u, 32'767u, 32'768u, 65'536u, 199'990u}) {
+        for (const std::string_view illFormed : {"\xF0\x9F\x98"sv, "\x80"sv, "\xED\xA0\x80"sv}) {
+            const std::string text = std::string(place, 'a') + std::string(illFormed) + std::string(10, 'a');
+            const auto detected = coding().detect(text);
+            ASSERT_FALSE(detected && detected->encodingRawValue == StringEncoding::utf8) << place;
+        }
+        const std::string mail = std::string(place, 'a') + "\x1B$BF|K\\8l\x1B(B";
+        const auto detected = coding().detect(mail);
+        ASSERT_TRUE(detected && detected->encodingRawValue == StringEncoding::iso2022JP) << place;
+    }
+}
+
 TEST(TextCoding, illFormedUTF8IsNeverTakenForUTF8) {
     for (const auto data : {"\xC0\xAF"sv, "\xE0\x80\xAF"sv, "\xED\xA0\x80"sv, "\xF4\x90\x80\x80"sv,
                             "\xF8\x88\x80\x80\x80"sv, "\xC3"sv, "\xEF\xBB\xBF\xC3"sv, "\x80"sv, "\x82\xA0\x82"sv}) {

@@ -7,14 +7,18 @@
 
 class DaemonHarness::CollectingOutput final : public Output {
 public:
+    // An envelope with a long text comes in several pieces.
     void write(std::string_view bytes) override {
-        EXPECT_EQ(bytes.find('\n'), bytes.size() - 1) << "an envelope is one line: " << bytes;
-        expectEnvelopeOfTheSchema(bytes);
-        envelopes.push_back(decodeRecord<EditorDocumentDaemonEnvelope>(bytes));
+        line += bytes;
+        if (line.find('\n') == line.npos) return;
+        EXPECT_EQ(line.find('\n'), line.size() - 1) << "an envelope is one line: " << line;
+        expectEnvelopeOfTheSchema(line);
+        envelopes.push_back(decodeRecord<EditorDocumentDaemonEnvelope>(std::exchange(line, {})));
     }
     std::vector<EditorDocumentDaemonEnvelope> take() { return std::exchange(envelopes, {}); }
 
 private:
+    std::string line;
     std::vector<EditorDocumentDaemonEnvelope> envelopes;
 };
 

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
 #include <thread>
 
@@ -43,20 +44,20 @@ struct stat statusOfDescriptor(int descriptor) {
     return status;
 }
 
-// One byte more than expected is asked for: a short answer of the expected size is the whole file in one call. Files
-// that grow, or that the kernel makes up and gives no size, are read to their end or just past the limit.
+// By way of a piece that stays in the processor's cache, which costs less than to fill a string with zeros first. A
+// short answer with which the expected size is reached is the end, and most files take one call. Files that grow, or
+// that the kernel makes up and gives no size, are read to their end or just past the limit.
 std::string bytes(int descriptor, std::size_t expectedSize, std::uint64_t sizeLimit) {
-    std::string data(expectedSize + 1, '\0');
-    std::size_t filled = 0;
-    while (filled <= sizeLimit) {
-        if (filled == data.size()) data.resize(2 * data.size() + 4096);
-        const ssize_t count =
-            ::pread(descriptor, data.data() + filled, data.size() - filled, static_cast<off_t>(filled));
+    std::array<char, 64 * 1024> piece;
+    std::string data;
+    data.reserve(expectedSize);
+    while (data.size() <= sizeLimit) {
+        const ssize_t count = ::pread(descriptor, piece.data(), piece.size(), static_cast<off_t>(data.size()));
         if (count < 0 && errno == EINTR) continue;
-        filled += static_cast<std::size_t>(checked(count));
-        if (count == 0 || filled == expectedSize) break;
+        data.append(piece.data(), static_cast<std::size_t>(checked(count)));
+        const bool isShort = static_cast<std::size_t>(count) < piece.size();
+        if (count == 0 || (isShort && data.size() == expectedSize)) break;
     }
-    data.resize(filled);
     return data;
 }
 

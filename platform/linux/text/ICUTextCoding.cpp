@@ -42,9 +42,36 @@ std::optional<DetectedText> detectedBehindMark(std::string_view data, const Mark
     return DetectedText{std::move(*text), mark.encodingRawValue, mark.byteOrderMark};
 }
 
+// What is to be known of all data, found out in one passage: a piece is looked at for each while it is in the cache.
+struct Survey {
+    bool isUTF8 = true;
+    bool hasZero = false;
+    bool hasEscape = false;
+};
+
+// The beginning of the data, which does not end within a character of UTF-8.
+std::string_view nextPiece(std::string_view data) {
+    constexpr std::size_t pieceSize = 32 * 1024, longestCharacter = 4;
+    if (data.size() <= pieceSize) return data;
+    std::size_t end = pieceSize;
+    while (end > pieceSize - longestCharacter && (static_cast<unsigned char>(data[end]) & 0xC0) == 0x80) --end;
+    return data.substr(0, end);
+}
+
+Survey survey(std::string_view data) {
+    Survey found;
+    while (!data.empty()) {
+        const std::string_view piece = nextPiece(data);
+        found.isUTF8 = found.isUTF8 && isWellFormedUTF8(piece);
+        found.hasZero = found.hasZero || piece.find('\0') != std::string_view::npos;
+        found.hasEscape = found.hasEscape || piece.find('\x1B') != std::string_view::npos;
+        data.remove_prefix(piece.size());
+    }
+    return found;
+}
+
 // Seven-bit mail and news of Japan is well-formed ASCII as well; only the escape sequences give it away.
 bool mayBeISO2022JP(std::string_view data) {
-    if (data.find('\x1B') == std::string_view::npos) return false;
     if (data.find("\x1B$B") == std::string_view::npos && data.find("\x1B$@") == std::string_view::npos) return false;
     return std::ranges::all_of(data, [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
 }
@@ -62,12 +89,12 @@ std::optional<DetectedText> ICUTextCoding::detect(std::string data) const {
         return detectedBehindMark(data, mark);
     }
 
-    const bool isUTF8 = isWellFormedUTF8(data);
-    if (data.find('\0') != std::string::npos) {
+    const auto [isUTF8, hasZero, hasEscape] = survey(data);
+    if (hasZero) {
         if (auto text = unmarkedUnicodeText(data, isUTF8 ? AlsoUTF8::yes : AlsoUTF8::no)) return text;
     }
     if (isUTF8) {
-        auto japanese = mayBeISO2022JP(data) ? legacyText(data, StringEncoding::iso2022JP) : std::nullopt;
+        auto japanese = hasEscape && mayBeISO2022JP(data) ? legacyText(data, StringEncoding::iso2022JP) : std::nullopt;
         return japanese ? japanese : DetectedText{std::move(data), StringEncoding::utf8, ByteOrderMark::none};
     }
     return legacyEncodings().detect(data);
