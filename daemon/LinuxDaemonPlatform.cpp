@@ -33,7 +33,8 @@ DaemonPlatform linuxDaemonPlatform() {
         .queue = std::make_unique<SerialQueue>("com.marblefern.editor-document-daemon"),
         .workspaceIndexingQueue =
             std::make_unique<SerialQueue>("com.marblefern.editor-document-daemon.workspace-index", lowerThreadPriority),
-        .watchQueue = std::make_unique<SerialQueue>("com.marblefern.editor-document-daemon.workspace-watch"),
+        .watchQueue =
+            std::make_unique<SerialQueue>("com.marblefern.editor-document-daemon.workspace-watch", keepTimeExactly),
         .makeUUID = makeRandomUUID,
     };
 }

@@ -17,6 +17,11 @@ namespace {
 
 constexpr std::size_t blockSize = 64 * 1024;
 
+// Events that follow one another within this time are a burst, whose first reads do not wait for more: a single change
+// is told in two or three events, and how long things are quiet counts from the last.
+constexpr std::chrono::milliseconds burstPause{5};
+constexpr int promptReads = 3;
+
 } // namespace
 
 InotifyReader::InotifyReader(int inotifyDescriptor, std::size_t byteLimit, std::function<void()> onBlocks,
@@ -35,13 +40,13 @@ InotifyReader::~InotifyReader() {
     thread.join();
 }
 
-std::optional<std::string> InotifyReader::takeBlock() {
+std::optional<KernelBlock> InotifyReader::takeBlock() {
     const std::lock_guard lock(mutex);
-    if (std::exchange(hasLostBlocks, false)) return overflowBlock();
+    if (std::exchange(hasLostBlocks, false)) return KernelBlock{overflowBlock(), WatchTime::clock::now()};
     if (blocks.empty()) return std::nullopt;
-    std::string block = std::move(blocks.front());
+    KernelBlock block = std::move(blocks.front());
     blocks.pop_front();
-    keptBytes -= block.size();
+    keptBytes -= block.bytes.size();
     return block;
 }
 
@@ -51,7 +56,7 @@ void InotifyReader::run() {
     while (true) {
         if (::poll(waiting.data(), waiting.size(), -1) < 0) continue;
         if (waiting[0].revents) return;
-        if (waiting[1].revents && readBlock() < blockSize / 2) waitForMore(waiting[0]);
+        if (waiting[1].revents && readBlock() < blockSize / 2) waitInBurst(waiting[0]);
         if (waiting[2].revents) call(mountsChanged);
     }
 }
@@ -60,14 +65,18 @@ std::size_t InotifyReader::readBlock() {
     alignas(8) std::array<char, blockSize> buffer;
     const ssize_t size = ::read(inotify, buffer.data(), buffer.size());
     if (size <= 0) return 0;
+    const WatchTime now = WatchTime::clock::now();
+    readsInBurst = now - lastRead < burstPause ? readsInBurst + 1 : 1;
+    lastRead = now;
     keep({buffer.data(), static_cast<std::size_t>(size)});
     return static_cast<std::size_t>(size);
 }
 
 // Events come in bursts, and being woken for each of them costs more than all the rest. So short a time fills no queue
 // of the kernel, and nothing is told before things are quiet anyway.
-void InotifyReader::waitForMore(pollfd endingDescriptor) {
+void InotifyReader::waitInBurst(pollfd endingDescriptor) {
     constexpr int milliseconds = 1;
+    if (readsInBurst <= promptReads) return;
     ::poll(&endingDescriptor, 1, milliseconds);
 }
 
@@ -76,7 +85,7 @@ void InotifyReader::keep(std::string_view block) {
     try {
         const std::lock_guard lock(mutex);
         isFirst = (blocks.empty() && !hasLostBlocks) || mustCallAgain;
-        append(block);
+        append(block, lastRead);
     } catch (const std::bad_alloc&) {
         const std::lock_guard lock(mutex);
         loseAll();
@@ -93,14 +102,15 @@ void InotifyReader::call(const std::function<void()>& function) {
     }
 }
 
-void InotifyReader::append(std::string_view block) {
+void InotifyReader::append(std::string_view block, WatchTime readAt) {
     if (keptBytes + block.size() > limit) {
         loseAll();
-    } else if (!blocks.empty() && blocks.back().size() + block.size() <= blockSize) {
-        blocks.back() += block;
+    } else if (!blocks.empty() && blocks.back().bytes.size() + block.size() <= blockSize) {
+        blocks.back().bytes += block;
+        blocks.back().readAt = readAt;
         keptBytes += block.size();
     } else {
-        blocks.emplace_back(block);
+        blocks.push_back({std::string(block), readAt});
         keptBytes += block.size();
     }
 }

@@ -11,6 +11,13 @@
 #include <thread>
 
 #include "platform/linux/Descriptor.h"
+#include "platform/linux/watch/DeliveryWindow.h"
+
+// What was read at one time, or soon after one another; the time is that of the last piece.
+struct KernelBlock {
+    std::string bytes{};
+    WatchTime readAt{};
+};
 
 // A thread that does nothing but read what the kernel tells, since the kernel keeps little of what nobody reads and
 // then drops the rest. It also looks out for changes of the table of mounts.
@@ -27,14 +34,14 @@ public:
     InotifyReader(const InotifyReader&) = delete;
 
     // The oldest block that has been read; absent when there is none. May be called on any thread.
-    std::optional<std::string> takeBlock();
+    std::optional<KernelBlock> takeBlock();
 
 private:
     void run();
     std::size_t readBlock(); // returns its bytes
-    static void waitForMore(pollfd endingDescriptor);
+    void waitInBurst(pollfd endingDescriptor);
     void keep(std::string_view block);
-    void append(std::string_view block);
+    void append(std::string_view block, WatchTime readAt);
     void loseAll();
     void call(const std::function<void()>& function);
 
@@ -45,9 +52,12 @@ private:
     Descriptor ending;
     Descriptor mountTable;
     std::mutex mutex{};
-    std::deque<std::string> blocks{};
+    std::deque<KernelBlock> blocks{};
     std::size_t keptBytes = 0;
     bool hasLostBlocks = false;
-    bool mustCallAgain = false; // for want of memory; of the reader's thread alone
+    // Of the reader's thread alone.
+    bool mustCallAgain = false; // for want of memory
+    WatchTime lastRead{};
+    int readsInBurst = 0;
     std::thread thread;
 };

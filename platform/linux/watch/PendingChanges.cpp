@@ -220,6 +220,7 @@ void PendingChanges::setUnsettled(Change& change, std::optional<WatchTime> since
 }
 
 void PendingChanges::openWindow(WatchTime now) {
+    // An event may have been read before something else, found by a look at the disk since, was put down.
+    last = first ? std::max(last, now) : now;
     if (!first) first = now;
-    last = now;
 }

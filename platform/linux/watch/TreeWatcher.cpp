@@ -17,8 +17,8 @@ constexpr std::chrono::seconds checkInterval{5};
 TreeWatcher::TreeWatcher(WatchSystem& watchSystem, DeliveryPolicy deliveryPolicy)
     : system(watchSystem), policy(deliveryPolicy), pending(tree, deliveryPolicy), mounts(watchSystem.mountPoints()) {}
 
-void TreeWatcher::handleBlock(std::string_view block) {
-    for (const KernelRecord& record : kernelRecords(block)) handleRecord(record);
+void TreeWatcher::handleBlock(std::string_view block, WatchTime readAt) {
+    for (const KernelRecord& record : kernelRecords(block)) handleRecord(record, readAt);
 }
 
 std::optional<WatchTime> TreeWatcher::nextDeadline() const {
@@ -67,8 +67,7 @@ TreeWatcher::Statistics TreeWatcher::statistics() const {
     return result;
 }
 
-void TreeWatcher::handleRecord(const KernelRecord& record) {
-    const WatchTime now = system.now();
+void TreeWatcher::handleRecord(const KernelRecord& record, WatchTime now) {
     if (record.mask & IN_Q_OVERFLOW) {
         handleOverflow(now);
         return;

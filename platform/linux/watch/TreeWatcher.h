@@ -29,8 +29,8 @@ public:
     void setRoots(const std::vector<std::string>& paths);
     void setInterest(const EventStreamInterest& newInterest);
 
-    // Takes a block as read from the kernel.
-    void handleBlock(std::string_view block);
+    // Takes a block as read from the kernel. What it tells has happened by the time at which it was read.
+    void handleBlock(std::string_view block, WatchTime readAt);
     void handleMountChange();
 
     // Watches folders that wait for it, at most for the given time.
@@ -76,7 +76,7 @@ private:
     using FileStamps = std::unordered_map<std::string, FileStamp>;
 
     // Events.
-    void handleRecord(const KernelRecord& record);
+    void handleRecord(const KernelRecord& record, WatchTime now);
     void handleFolderRecord(FolderNode* folder, const KernelRecord& record, WatchTime now);
     void handleNameRecord(FolderNode* folder, const KernelRecord& record, WatchTime now);
     void handleCreation(const NameKey& key, const KernelRecord& record, WatchTime now);

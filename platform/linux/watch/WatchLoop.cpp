@@ -148,7 +148,7 @@ bool WatchLoop::handleBlocks() {
     while (reader) {
         const auto block = reader->takeBlock();
         if (!block) return true;
-        watcher->handleBlock(*block);
+        watcher->handleBlock(block->bytes, block->readAt);
         if (system->now() >= end) return false;
     }
     return true;

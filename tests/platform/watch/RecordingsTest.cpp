@@ -81,7 +81,7 @@ public:
         for (const Step& step : steps) {
             runUntil(start + step.time);
             apply(step);
-            watcher.handleBlock(disk.takeBlock());
+            watcher.handleBlock(disk.takeBlock(), disk.time);
             watcher.crawl(std::chrono::seconds(1));
         }
         runUntil(disk.time + std::chrono::seconds(1));

@@ -34,7 +34,7 @@ protected:
     }
 
     void passOn() {
-        watcher.handleBlock(disk.takeBlock());
+        watcher.handleBlock(disk.takeBlock(), disk.time);
         watcher.crawl(seconds(1));
     }
 
@@ -91,7 +91,7 @@ TEST_F(TreeWatcherTest, LooksOnceForSeveralLosses) {
     const std::size_t before = disk.listings;
     disk.loseBlock();
     const std::string lost = disk.takeBlock();
-    watcher.handleBlock(lost + lost + lost);
+    watcher.handleBlock(lost + lost + lost, disk.time);
     passOn();
     EXPECT_LE(disk.listings - before, 6U); // three folders, now and once more for what was lost on the way
 }
@@ -110,7 +110,7 @@ TEST_F(TreeWatcherTest, WatchesADirectoryThatMovesWhileItIsBeingWatched) {
 TEST_F(TreeWatcherTest, SaysNothingOfADirectoryInWhichAnotherStands) {
     start();
     write("/w/d/n.txt");
-    watcher.handleBlock(disk.takeBlock());
+    watcher.handleBlock(disk.takeBlock(), disk.time);
     disk.move("/w/d", "/w/r"); // known to the disk, but not yet to the watcher
     disk.makeDirectory("/w/d");
     EXPECT_EQ(toldWithin(milliseconds(8)), Tellings{});
@@ -221,7 +221,7 @@ TEST_F(TreeWatcherTest, AsksTheDiskOnlyAboutNewFilesThatStayOpen) {
     disk.createFile("/w/open");
     int calls = 0;
     disk.beforeEachCall = [&] { ++calls; };
-    watcher.handleBlock(disk.takeBlock());
+    watcher.handleBlock(disk.takeBlock(), disk.time);
     EXPECT_EQ(calls, 0);
     EXPECT_EQ(toldWithin(milliseconds(99)), Tellings{}); // one waits for the other
     EXPECT_EQ(toldWithin(milliseconds(1)), (Tellings{"created /w/closed", "created /w/open"}));

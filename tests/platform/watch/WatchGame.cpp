@@ -203,7 +203,7 @@ void WatchGame::deliver(std::size_t count) {
     }
     const std::string block = unread.substr(0, size);
     unread.erase(0, size);
-    watcher.handleBlock(block);
+    watcher.handleBlock(block, disk.time - microseconds(choose() % 3000));
 }
 
 void WatchGame::pass(std::chrono::nanoseconds time) {

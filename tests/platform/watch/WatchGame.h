@@ -47,7 +47,7 @@ public:
     std::string complaint() const;
 
     // Hands the watcher a block that no kernel wrote.
-    void deceive(std::string_view block) { watcher.handleBlock(block); }
+    void deceive(std::string_view block) { watcher.handleBlock(block, disk.time); }
 
     // Ends the watching; what is still watched then was forgotten.
     std::size_t watchesLeftBehind();
