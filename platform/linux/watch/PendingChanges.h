@@ -119,11 +119,12 @@ private:
     struct Found {
         const NameKey* key{};
         Change* change{};
+        ItemIdentity was{}; // as last reported
         ItemIdentity is{};
     };
 
     struct ReportedItem {
-        NameKey key{};
+        const NameKey* key{}; // of the change, or of the departure, that it stands for
         ItemIdentity item{};
         std::uint64_t order{};
         std::uint32_t flag{};
@@ -131,7 +132,7 @@ private:
 
     // What is to be told.
     struct Report {
-        std::vector<Departure> departures{};
+        std::vector<Departure> departures{}; // in their order, once they are told
         std::vector<ReportedItem> creations{};
         std::vector<ReportedItem> modifications{};
 
@@ -165,6 +166,7 @@ private:
                     KnownFolders& knownFolders) const;
     NameHistory historyOf(const Found& found, const ItemByName& present, KnownFolders& knownFolders,
                           const ReportingPaths& paths, WatchTime now) const;
+    static bool mayMatterToOthers(const Found& found);
     Report reportOf(const std::vector<Found>& all, const ReportingPaths& paths, WatchTime now);
     void noticeStaleListing(const FolderNode* folder, const ReportingPaths& paths);
     void tellDepartures(Report& report, EventStreamBatch& batch, const ReportingPaths& paths, WatchTime now);

@@ -60,7 +60,7 @@ EventStreamBatch PendingChanges::close(WatchTime now, const LookUp& lookUp, cons
     tellCreations(report, batch, paths, now);
     std::ranges::stable_sort(report.modifications, {}, &ReportedItem::order);
     for (const auto& [key, item, order, flag] : report.modifications)
-        batch.push_back(notification(reportedPath(key), flag, item));
+        batch.push_back(notification(reportedPath(*key), flag, item));
     for (const std::string& path : notices) batch.push_back({.path = path});
 
     settle(all, now);
@@ -70,7 +70,9 @@ EventStreamBatch PendingChanges::close(WatchTime now, const LookUp& lookUp, cons
 PendingChanges::Report PendingChanges::reportOf(const std::vector<Found>& all, const ReportingPaths& paths,
                                                 WatchTime now) {
     ItemByName present;
-    for (const Found& found : all) present.emplace(*found.key, found.is);
+    for (const Found& found : all) {
+        if (mayMatterToOthers(found)) present.emplace(*found.key, found.is);
+    }
     KnownFolders knownFolders(present);
     Report report;
     KeySet renamedAway;
@@ -82,11 +84,11 @@ PendingChanges::Report PendingChanges::reportOf(const std::vector<Found>& all, c
         report.departures.push_back({found.change->cameFrom, *found.key, found.is, found.change->order, {}});
     }
     for (std::size_t i = 0; i < all.size(); ++i) {
-        const auto& [key, change, is] = all[i];
+        const auto& [key, change, was, is] = all[i];
         const NetEffect& effect = effects[i];
-        const ReportedItem item{*key, is, change->order, 0};
+        const ReportedItem item{key, is, change->order, 0};
         if (effect.isRemoved && !renamedAway.contains(*key) && knownFolders.wasKnown(key->folder))
-            report.departures.push_back({*key, {}, key->folder->snapshot.find(key->name), change->order, {}});
+            report.departures.push_back({*key, {}, was, change->order, {}});
         if (effect.isCreated && is.isDirectory()) expectNews(*key);
         if (!knownFolders.willBeKnown(key->folder)) continue;
         if (effect.isCreated) report.creations.push_back(item);
@@ -111,7 +113,8 @@ void PendingChanges::tellDepartures(Report& report, EventStreamBatch& batch, con
     for (FolderNode* folder : tree.displacedFolders()) {
         if (folder->reportedPlace) movedBySource.emplace(*folder->reportedPlace, folder);
     }
-    for (Departure& departure : orderedDepartures(std::move(report.departures))) {
+    report.departures = orderedDepartures(std::move(report.departures));
+    for (const Departure& departure : report.departures) {
         std::string oldPath = reportedPath(departure.source);
         // From now on everybody knows the folder under its new name, or not at all until it is told as created.
         const auto moved = movedBySource.find(departure.source);
@@ -127,7 +130,7 @@ void PendingChanges::tellDepartures(Report& report, EventStreamBatch& batch, con
         }
         if (item.isDirectory()) noticeFoldersOfInterest(oldPath, paths, now);
         batch.push_back({.path = std::move(oldPath), .flags = EventStreamFlag::itemRemoved | typeFlag(item.type)});
-        if (departure.recreated) report.creations.push_back({*departure.recreated, item, departure.order, 0});
+        if (departure.recreated) report.creations.push_back({&*departure.recreated, item, departure.order, 0});
     }
     tree.forgetReportedPlaces(); // those left are told as created, now or when they are found
 }
@@ -137,8 +140,12 @@ void PendingChanges::tellCreations(Report& report, EventStreamBatch& batch, cons
                                    WatchTime now) {
     std::ranges::stable_sort(report.creations, {}, &ReportedItem::order);
     std::vector<std::pair<std::ptrdiff_t, EventStreamNotification>> byDepth;
+    byDepth.reserve(report.creations.size());
+    std::unordered_map<const FolderNode*, std::string> folderPaths; // many files may come to one folder
     for (const auto& [key, item, order, flag] : report.creations) {
-        std::string path = reportedPath(key);
+        const auto [folderPath, isFirst] = folderPaths.try_emplace(key->folder);
+        if (isFirst) folderPath->second = reportedPath(key->folder);
+        std::string path = joinedPath(folderPath->second, key->name);
         if (item.isDirectory()) noticeFoldersOfInterest(path, paths, now);
         const auto depth = std::ranges::count(path, '/');
         byDepth.emplace_back(depth, notification(std::move(path), EventStreamFlag::itemCreated, item));
@@ -158,8 +165,8 @@ void PendingChanges::forgetOldBirths(WatchTime now) {
 
 NameHistory PendingChanges::historyOf(const Found& found, const ItemByName& present, KnownFolders& knownFolders,
                                       const ReportingPaths& paths, WatchTime now) const {
-    const auto& [key, change, is] = found;
-    NameHistory history{.was = key->folder->snapshot.find(key->name),
+    const auto& [key, change, was, is] = found;
+    NameHistory history{.was = was,
                         .is = is,
                         .origin = change->occupant == Occupant::unchanged && !change->isForgotten
                                       ? ItemOrigin::sameName
@@ -176,6 +183,12 @@ NameHistory PendingChanges::historyOf(const Found& found, const ItemByName& pres
     const bool isOpenDocument = paths.documents.contains(reportedPath(source));
     history.isFreshTemporary = !isOpenDocument && isFreshTemporary(source, is, now);
     return history;
+}
+
+// What becomes of another name, or of what is in a folder, can depend on what has gone from this one and on folders. A
+// file that stands where no folder was decides nothing but its own fate.
+bool PendingChanges::mayMatterToOthers(const Found& found) {
+    return !found.is || found.is.isDirectory() || found.was.isDirectory();
 }
 
 // Whether the item that was last reported at the source is what stands at the name now.

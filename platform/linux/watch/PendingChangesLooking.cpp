@@ -101,7 +101,7 @@ std::vector<PendingChanges::Look> PendingChanges::looks(const KeySet& carried) {
         if (carried.contains(key)) continue;
         const auto [place, isNew] = places.emplace(key.folder, result.size());
         if (isNew) result.push_back({.folder = key.folder, .depth = depthOf(key.folder)});
-        result[place->second].founds.push_back({&key, &change, {}});
+        result[place->second].founds.push_back({&key, &change, key.folder->snapshot.find(key.name), {}});
     }
     std::ranges::sort(result, {}, &Look::depth);
     return result;
