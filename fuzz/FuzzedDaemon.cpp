@@ -34,8 +34,16 @@ private:
 class SharedCollation final : public Collation {
 public:
     void appendSortKey(std::string& keys, std::string_view name) const override {
+        collation().appendSortKey(keys, name);
+    }
+    bool appendPlainSortKey(std::string& keys, std::string_view name) const override {
+        return collation().appendPlainSortKey(keys, name);
+    }
+
+private:
+    static const ICUCollation& collation() {
         static const ICUCollation shared(emptyEnvironment);
-        shared.appendSortKey(keys, name);
+        return shared;
     }
 };
 
@@ -69,21 +77,27 @@ bool changesTheDisk(const EditorDocumentDaemonEnvelope& answer) {
 
 class FuzzedDaemon::Collector final : public Output {
 public:
-    // An envelope with a long text comes in several pieces.
+    // An envelope with a long text comes in several pieces, and many short ones come together.
     void write(std::string_view bytes) override {
-        line += bytes;
-        if (line.find('\n') == line.npos) return;
-        require(line.find('\n') == line.size() - 1, "an envelope is not one line");
+        unread += bytes;
+        for (std::size_t end = unread.find('\n'); end != unread.npos; end = unread.find('\n')) {
+            take(std::string_view(unread).substr(0, end + 1));
+            unread.erase(0, end + 1);
+        }
+    }
+
+    std::vector<EditorDocumentDaemonEnvelope> envelopes{};
+
+private:
+    void take(std::string_view line) {
         try {
             envelopes.push_back(decodeRecord<EditorDocumentDaemonEnvelope>(line));
         } catch (const DecodingError& error) {
-            require(false, error.localizedDescription + " " + line);
+            require(false, error.localizedDescription + " " + std::string(line));
         }
-        line.clear();
     }
 
-    std::string line{};
-    std::vector<EditorDocumentDaemonEnvelope> envelopes{};
+    std::string unread{};
 };
 
 FuzzedDaemon::FuzzedDaemon() {

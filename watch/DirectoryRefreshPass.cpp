@@ -126,10 +126,13 @@ std::string nearestLoadedAncestor(const std::string& directoryPath, const Manage
 } // namespace
 
 std::string workspaceMutationKey(const WorkspaceBrowserMutationPayload& payload) {
-    std::string key(nameOf(payload.origin));
-    (key += '|') += nameOf(payload.kind);
-    (key += '|') += payload.sourcePath.value_or("");
-    (key += '|') += payload.destinationPath.value_or("");
+    const std::string_view parts[] = {nameOf(payload.origin), nameOf(payload.kind),
+                                      payload.sourcePath ? *payload.sourcePath : std::string_view(),
+                                      payload.destinationPath ? *payload.destinationPath : std::string_view()};
+    std::string key;
+    key.reserve(std::size(parts) + parts[0].size() + parts[1].size() + parts[2].size() + parts[3].size());
+    for (const std::string_view part : parts) (key += part) += '|';
+    key.pop_back();
     return key;
 }
 
@@ -168,18 +171,15 @@ bool isNoNews(const WorkspaceBrowserDirectoryPayload& payload, const DirectoryRe
 void collectWorkspaceExternalMutations(const WorkspaceNodesByID& previousChildNodesByID,
                                        const WorkspaceBrowserDirectoryPayload& payload, DirectoryRefreshPass& pass,
                                        const FileManager& fileManager) {
-    const auto enter = [&](WorkspaceBrowserMutationPayload mutation) {
-        pass.external.insert_or_assign(workspaceMutationKey(mutation), std::move(mutation));
-    };
     std::unordered_set<std::string_view> currentNodeIDs;
     for (const WorkspaceBrowserNodePayload& node : payload.nodes) {
         currentNodeIDs.insert(node.nodeID);
         const auto previous = previousChildNodesByID.find(node.nodeID);
         if (previous == previousChildNodesByID.end()) {
-            enter(creation(node, pass, fileManager));
+            enterListedMutation(creation(node, pass, fileManager), pass);
         } else if (previous->second.path != node.path) {
             pass.renamedOrMovedNodeIDs.insert(node.nodeID);
-            enter(renameOrMove(previous->second, node, pass, fileManager));
+            enterListedMutation(renameOrMove(previous->second, node, pass, fileManager), pass);
         }
     }
     for (const auto& [nodeID, previous] : previousChildNodesByID) {
@@ -237,13 +237,16 @@ void passOverMissingDirectory(const std::string& directoryPath, DirectoryRefresh
     pass.pendingPaths.insert(ancestorPath);
 }
 
+void enterListedMutation(WorkspaceBrowserMutationPayload mutation, DirectoryRefreshPass& pass) {
+    const std::string key = workspaceMutationKey(mutation);
+    if (pass.external.insert_or_assign(key, std::move(mutation)).second) pass.listedKeys.insert(key);
+}
+
 void rememberMutationsFromListings(const DirectoryRefreshPass& pass, std::chrono::nanoseconds now,
                                    ManagedWorkspace& workspace) {
     auto& remembered = workspace.mutationsFromListings;
     std::erase_if(remembered, [&](const auto& entry) { return now - entry.second >= eventDelay; });
-    for (const auto& [key, mutation] : pass.external) {
-        if (!pass.seedKeys.contains(key)) remembered.insert_or_assign(key, now);
-    }
+    for (const std::string& key : pass.listedKeys) remembered.insert_or_assign(key, now);
 }
 
 bool takeMutationFromListing(const std::string& mutationKey, std::chrono::nanoseconds now,

@@ -58,7 +58,7 @@ struct DirectoryRefreshPass {
     WorkspaceDirectoryPaths pendingPaths{};
     std::set<std::string> processedPaths{};
     WorkspaceMutationsByKey external{};
-    std::unordered_set<std::string> seedKeys{}; // of those that events stand for
+    std::unordered_set<std::string> listedKeys{}; // of those that listings alone have shown, and no event
     std::vector<WorkspacePendingRemovalMutation> pendingRemovals{};
     std::unordered_set<std::string> renamedOrMovedNodeIDs{};
     std::set<WorkspacePathRemap> remaps{};
@@ -97,6 +97,9 @@ void cacheRefreshedListing(WorkspaceDirectoryListing listing, DirectoryRefreshPa
 // listed, which may show where it went, and is given up after that.
 void passOverMissingDirectory(const std::string& directoryPath, DirectoryRefreshPass& pass,
                               ManagedWorkspace& workspace);
+
+// Enters what a listing has shown.
+void enterListedMutation(WorkspaceBrowserMutationPayload mutation, DirectoryRefreshPass& pass);
 
 // A listing often shows a change before the event comes that tells of it. The event is then no news.
 void rememberMutationsFromListings(const DirectoryRefreshPass& pass, std::chrono::nanoseconds now,

@@ -2,6 +2,7 @@
 #include <cassert>
 
 #include "daemon/EditorDocumentDaemon.h"
+#include "daemon/GatheredOutput.h"
 #include "documents/DocumentRetargeting.h"
 #include "platform/PlatformError.h"
 #include "watch/DirectoryRefreshPass.h"
@@ -33,7 +34,6 @@ void EditorDocumentDaemon::emitWorkspaceDirectoryUpdates(const std::set<Workspac
     for (auto& [rootPath, directoryPaths] : directoryPathsByRootPath) {
         DirectoryRefreshPass pass{.rootPath = rootPath, .pendingPaths = std::move(directoryPaths)};
         pass.external = std::move(seedExternalMutations[rootPath]);
-        for (const auto& [key, mutation] : pass.external) pass.seedKeys.insert(key);
         pass.toldDocumentIDs = toldDocumentIDs;
         emitWorkspaceDirectoryUpdates(std::move(pass), emitMutationEvents);
     }
@@ -55,7 +55,7 @@ void EditorDocumentDaemon::emitWorkspaceDirectoryUpdates(DirectoryRefreshPass pa
     pruneWorkspaceCache(workspace->second);
     for (WorkspacePendingRemovalMutation& removal : pass.pendingRemovals) {
         if (pass.renamedOrMovedNodeIDs.contains(removal.nodeID)) continue;
-        pass.external.insert_or_assign(workspaceMutationKey(removal.payload), std::move(removal.payload));
+        enterListedMutation(std::move(removal.payload), pass);
     }
     emitRefreshedState(std::move(pass), emitMutationEvents);
 }
@@ -130,13 +130,16 @@ void EditorDocumentDaemon::emitMutations(DirectoryRefreshPass& pass) {
     const std::string& rootPath = pass.rootPath;
     rememberMutationsFromListings(pass, platform.clock->uptime(), workspacesByRootPath.at(rootPath));
     std::vector<WorkspaceBrowserMutationPayload> mutations;
+    mutations.reserve(pass.external.size());
     for (auto& [key, mutation] : pass.external) mutations.push_back(std::move(mutation));
+    EditorDocumentDaemonEnvelope envelope{
+        .kind = EditorDocumentEnvelopeKind::event,
+        .event = EditorDocumentEventKind::workspaceMutation,
+        .workspaceRootPath = rootPath,
+    };
+    GatheredOutput output(*platform.output);
     for (WorkspaceBrowserMutationPayload& mutation : workspaceMutationSort(std::move(mutations), collation)) {
-        write({
-            .kind = EditorDocumentEnvelopeKind::event,
-            .event = EditorDocumentEventKind::workspaceMutation,
-            .workspaceRootPath = rootPath,
-            .workspaceMutation = std::move(mutation),
-        });
+        envelope.workspaceMutation = std::move(mutation);
+        if (const auto line = EncodedLine::of(envelope)) line->writeTo(output);
     }
 }

@@ -37,9 +37,12 @@ Keys keysOfUnpairedRename(const ManagedWorkspace& workspace) {
 }
 
 // What is gone tells nothing of what has come to its place.
+bool isAtKnownFile(const WorkspaceWatchEvent& event) {
+    return event.isRegularFile && event.kind != WorkspaceWatchEventKind::itemRemoved;
+}
+
 bool isAtDirectory(const WorkspaceWatchEvent& event, const std::string& path, const FileManager& fileManager) {
-    const bool isKnownFile = event.isRegularFile && event.kind != WorkspaceWatchEventKind::itemRemoved;
-    return !isKnownFile && fileManager.isDirectory(path);
+    return !isAtKnownFile(event) && fileManager.isDirectory(path);
 }
 
 Keys keysOfChange(const ManagedWorkspace& workspace, const WorkspaceWatchEvent& event, const FileManager& fileManager) {
@@ -65,6 +68,10 @@ std::vector<std::string> ancestorPaths(const std::string& startPath, const std::
     }
     paths.push_back(rootPath);
     return paths;
+}
+
+bool dependsOnDirectoryAlone(const WorkspaceWatchEvent& event) {
+    return isAtKnownFile(event) && event.kind != WorkspaceWatchEventKind::itemRenamed;
 }
 
 Keys refreshKeys(const ManagedWorkspace& workspace, const WorkspaceWatchEvent& event, const FileManager& fileManager) {

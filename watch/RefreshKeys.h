@@ -21,6 +21,9 @@ struct WorkspaceDirectoryRefreshKey {
 std::vector<std::string> ancestorPaths(const std::string& startPath, const std::string& rootPath,
                                        const FileManager& fileManager);
 
+// Whether the listings that the event can have changed are the same for every such event in its directory.
+bool dependsOnDirectoryAlone(const WorkspaceWatchEvent& event);
+
 // Which of the listings that the client has loaded an event can have changed.
 std::set<WorkspaceDirectoryRefreshKey> refreshKeys(const ManagedWorkspace& workspace, const WorkspaceWatchEvent& event,
                                                    const FileManager& fileManager);

@@ -5,12 +5,12 @@
 
 namespace {
 
-WorkspaceWatchEvent unpairedEvent(const RawEvent& raw) {
+WorkspaceWatchEvent unpairedEvent(RawEvent raw) {
     return {
-        .rootPath = raw.rootPath,
-        .path = raw.path,
+        .rootPath = std::move(raw.rootPath),
+        .path = std::move(raw.path),
         .kind = raw.kind,
-        .nodeIDHint = raw.nodeIDHint,
+        .nodeIDHint = std::move(raw.nodeIDHint),
         .isDirectory = raw.isDirectory,
         .isRegularFile = raw.isRegularFile,
     };
@@ -35,13 +35,14 @@ WorkspaceWatchEvent pairedRenameEvent(const RawEvent& first, const RawEvent& sec
 
 } // namespace
 
-std::vector<WorkspaceWatchEvent> RenamePairing::pairRenameEvents(const std::vector<RawEvent>& rawEvents,
+std::vector<WorkspaceWatchEvent> RenamePairing::pairRenameEvents(std::vector<RawEvent> rawEvents,
                                                                  std::chrono::nanoseconds now,
                                                                  const FileManager& fileManager) {
     std::vector<WorkspaceWatchEvent> events = flushExpiredPendingRenames(now);
-    for (const RawEvent& raw : rawEvents) {
+    events.reserve(events.size() + rawEvents.size());
+    for (RawEvent& raw : rawEvents) {
         if (!isRenameWithIdentity(raw)) {
-            events.push_back(unpairedEvent(raw));
+            events.push_back(unpairedEvent(std::move(raw)));
             continue;
         }
         const auto [pending, isFirst] =

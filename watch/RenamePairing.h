@@ -29,8 +29,8 @@ public:
     static constexpr std::chrono::nanoseconds pendingRenameRetention = std::chrono::seconds(1);
 
     // The events to deliver now: first the halves that have waited too long, then those of this batch in their order.
-    std::vector<WorkspaceWatchEvent> pairRenameEvents(const std::vector<RawEvent>& rawEvents,
-                                                      std::chrono::nanoseconds now, const FileManager& fileManager);
+    std::vector<WorkspaceWatchEvent> pairRenameEvents(std::vector<RawEvent> rawEvents, std::chrono::nanoseconds now,
+                                                      const FileManager& fileManager);
 
     std::vector<WorkspaceWatchEvent> flushExpiredPendingRenames(std::chrono::nanoseconds now);
 

@@ -2,6 +2,7 @@
 
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "watch/DirectoryRefreshPass.h"
@@ -12,6 +13,9 @@ struct WatchEventEffects {
     WorkspaceMutationsByRootPath mutations{};
     std::set<WorkspaceDirectoryRefreshKey> refreshKeys{};
     std::set<std::string> unavailableRootPaths{};
+    // By root, the directories in which something has changed that concerns no other listings than any other such
+    // change.
+    std::unordered_map<std::string, std::unordered_set<std::string>> refreshedDirectoryPaths{};
     // The workspaces of which every listing is to be done again already.
     std::unordered_set<std::string> whollyRefreshedRootPaths{};
     // New directories. What is below one of them was entered into the index together with it.

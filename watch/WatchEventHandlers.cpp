@@ -6,6 +6,7 @@
 #include "documents/DocumentLoading.h"
 #include "watch/WatchEventEffects.h"
 #include "watch/WatchEventRules.h"
+#include "workspace/PathComponents.h"
 
 namespace {
 
@@ -79,7 +80,11 @@ void EditorDocumentDaemon::handleWatchEvent(const WorkspaceWatchEvent& event, Wa
         followOutsideRename(event.path, *event.relatedPath);
     }
     for (auto& [rootPath, workspace] : workspacesByRootPath) {
-        if (const auto seen = eventInWorkspace(event, rootPath)) handleWorkspaceEvent(*seen, workspace, effects);
+        if (isSeenUnchanged(event, rootPath)) {
+            handleWorkspaceEvent(event, workspace, effects);
+        } else if (const auto seen = eventInWorkspace(event, rootPath)) {
+            handleWorkspaceEvent(*seen, workspace, effects);
+        }
     }
     // Only now, since the client is told of what is gone by the ID that it knows.
     if (event.kind == Kind::itemRemoved) stableNodeIDs.removeAtOrWithin(event.path);
@@ -106,6 +111,10 @@ void EditorDocumentDaemon::handleWorkspaceEvent(const WorkspaceWatchEvent& event
         }
     }
     if (effects.whollyRefreshedRootPaths.contains(workspace.rootPath)) return;
+    // Files come by the thousand.
+    if (dependsOnDirectoryAlone(event) &&
+        !effects.refreshedDirectoryPaths[workspace.rootPath].insert(parentPath(event.path)).second)
+        return;
     effects.refreshKeys.merge(refreshKeys(workspace, event, fileManager));
     if (event.kind == Kind::itemRenamed && !event.relatedPath) {
         effects.whollyRefreshedRootPaths.insert(workspace.rootPath);

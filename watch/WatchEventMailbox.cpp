@@ -21,7 +21,12 @@ void WatchEventMailbox::put(std::vector<WorkspaceWatchEvent> list, const std::fu
         const std::lock_guard lock(mutex);
         try {
             if (list.empty()) isIncomplete = true;
-            for (WorkspaceWatchEvent& event : list) enter(std::move(event));
+            if (isEmpty()) {
+                onlyList = std::move(list);
+            } else {
+                for (WorkspaceWatchEvent& event : std::exchange(onlyList, {})) enter(std::move(event));
+                for (WorkspaceWatchEvent& event : list) enter(std::move(event));
+            }
         } catch (const std::bad_alloc&) {
             giveUpEvents();
         }
@@ -38,9 +43,9 @@ void WatchEventMailbox::put(std::vector<WorkspaceWatchEvent> list, const std::fu
 WatchEventNews WatchEventMailbox::take() {
     const std::lock_guard lock(mutex);
     isAnnounced = false;
-    WatchEventNews news{.isIncomplete = isIncomplete};
+    WatchEventNews news{.events = std::move(onlyList), .isIncomplete = isIncomplete};
     try {
-        news.events.reserve(events.size());
+        news.events.reserve(news.events.size() + events.size());
         for (WorkspaceWatchEvent& event : events) news.events.push_back(std::move(event));
     } catch (const std::bad_alloc&) {
         news.isIncomplete = true;
@@ -68,6 +73,7 @@ void WatchEventMailbox::enter(WorkspaceWatchEvent event) {
 
 void WatchEventMailbox::giveUpEvents() {
     isIncomplete = true;
+    onlyList.clear();
     events.clear();
     eventsSinceRename.clear();
     distinctEvents.clear();

@@ -26,12 +26,15 @@ public:
     WatchEventNews take();
 
 private:
+    bool isEmpty() const { return onlyList.empty() && events.empty(); }
     void enter(WorkspaceWatchEvent event);
     void giveUpEvents();
 
     std::mutex mutex{};
     bool isAnnounced = false;
     bool isIncomplete = false;
+    // As a rule a list is taken before the next one comes, and nothing need be put together.
+    std::vector<WorkspaceWatchEvent> onlyList{};
     std::list<WorkspaceWatchEvent> events{};
     std::unordered_map<std::string, std::list<WorkspaceWatchEvent>::iterator> eventsSinceRename{};
     std::unordered_set<std::size_t> distinctEvents{};

@@ -77,6 +77,10 @@ std::optional<WorkspaceWatchEvent> eventInWorkspace(const WorkspaceWatchEvent& e
     return std::nullopt;
 }
 
+bool isSeenUnchanged(const WorkspaceWatchEvent& event, const std::string& rootPath) {
+    return event.rootPath == rootPath && !event.relatedPath && isShownIn(rootPath, event.path);
+}
+
 std::set<std::string> affectedDocumentIDs(const std::vector<WorkspaceWatchEvent>& events,
                                           const std::map<std::string, ManagedDocument>& documentsByID) {
     std::set<std::string> documentIDs;

@@ -16,6 +16,9 @@
 // remains a removal or a creation; absent when nothing of the event is shown.
 std::optional<WorkspaceWatchEvent> eventInWorkspace(const WorkspaceWatchEvent& event, const std::string& rootPath);
 
+// Whether the workspace sees the event just as it is, which spares a copy.
+bool isSeenUnchanged(const WorkspaceWatchEvent& event, const std::string& rootPath);
+
 // The documents that any of the events may have changed: those in the directory of which something changed at any
 // depth, and those at any depth below what changed. The cost goes with the events and the documents, not their product.
 std::set<std::string> affectedDocumentIDs(const std::vector<WorkspaceWatchEvent>& events,

@@ -37,12 +37,13 @@ std::optional<std::string> nodeIDHint(const std::optional<FileIdentifier>& fileI
 } // namespace
 
 std::vector<RawEvent> rawEvents(const EventStreamNotification& notification, const std::string& rootPath,
-                                const std::string& path) {
+                                std::string path) {
     std::vector<RawEvent> events;
-    for (const Kind kind : eventKinds(notification.flags)) {
+    const std::vector<Kind> kinds = eventKinds(notification.flags);
+    for (const Kind& kind : kinds) {
         events.push_back({
             .rootPath = rootPath,
-            .path = path,
+            .path = &kind == &kinds.back() ? std::move(path) : path,
             .kind = kind,
             .nodeIDHint = nodeIDHint(notification.fileID),
             .isDirectory = isDirectory(notification.flags),

@@ -149,16 +149,19 @@ void WorkspaceWatchStream::handleEventBatch(const EventStreamBatch& batch) {
 
 void WorkspaceWatchStream::pairAndDeliver(const EventStreamBatch& batch) {
     std::vector<RawEvent> rawBatch;
+    rawBatch.reserve(batch.size());
     for (const EventStreamNotification& notification : batch) {
         if (!notification.path) continue;
-        const std::string path = absolutePath(*notification.path, platform.fileManager);
+        std::string path = absolutePath(*notification.path, platform.fileManager);
         const std::string* rootPath = matchingRoot(path);
         if (!rootPath) continue;
-        for (RawEvent& event : rawEvents(notification, *rootPath, path)) rawBatch.push_back(std::move(event));
+        for (RawEvent& event : rawEvents(notification, *rootPath, std::move(path)))
+            rawBatch.push_back(std::move(event));
     }
-    auto events = renamePairing.pairRenameEvents(rawBatch, platform.clock.uptime(), platform.fileManager);
+    const std::vector<RawEvent> logged = debugWatchEvents ? rawBatch : std::vector<RawEvent>();
+    auto events = renamePairing.pairRenameEvents(std::move(rawBatch), platform.clock.uptime(), platform.fileManager);
     if (renamePairing.isWaiting()) schedulePendingRenameFlush();
-    deliver(rawBatch, std::move(events));
+    deliver(logged, std::move(events));
 }
 
 void WorkspaceWatchStream::schedulePendingRenameFlush() {

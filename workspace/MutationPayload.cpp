@@ -37,6 +37,7 @@ std::vector<WorkspaceBrowserMutationPayload> workspaceMutationSort(
     std::stable_partition(mutations.begin(), mutations.end(),
                           [](const auto& mutation) { return !mutation.destinationPath; });
     std::vector<std::string_view> paths;
+    paths.reserve(mutations.size());
     for (const WorkspaceBrowserMutationPayload& mutation : mutations) paths.push_back(sortedPath(mutation));
 
     std::vector<WorkspaceBrowserMutationPayload> sorted;

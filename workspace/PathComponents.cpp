@@ -22,6 +22,16 @@ std::string_view withoutTrailingSlashes(std::string_view path) {
     return path;
 }
 
+// Most paths are. A component that begins with a dot may be one of the two that are not to stay.
+bool isPlainlyStandardized(std::string_view path) {
+    if (!path.starts_with('/')) return false;
+    for (std::size_t slash = 0; slash != path.npos; slash = path.find('/', slash + 1)) {
+        if (slash + 1 == path.size()) return path == "/";
+        if (path[slash + 1] == '/' || path[slash + 1] == '.') return false;
+    }
+    return true;
+}
+
 } // namespace
 
 bool isAtOrWithin(std::string_view path, std::string_view directoryPath) {
@@ -31,6 +41,7 @@ bool isAtOrWithin(std::string_view path, std::string_view directoryPath) {
 }
 
 std::string standardizedPath(std::string_view absolutePath) {
+    if (isPlainlyStandardized(absolutePath)) return std::string(absolutePath);
     std::string result;
     result.reserve(absolutePath.size());
     while (!absolutePath.empty()) {

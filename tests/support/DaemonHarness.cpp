@@ -7,18 +7,20 @@
 
 class DaemonHarness::CollectingOutput final : public Output {
 public:
-    // An envelope with a long text comes in several pieces.
+    // An envelope with a long text comes in several pieces, and many short ones come together.
     void write(std::string_view bytes) override {
-        line += bytes;
-        if (line.find('\n') == line.npos) return;
-        EXPECT_EQ(line.find('\n'), line.size() - 1) << "an envelope is one line: " << line;
-        expectEnvelopeOfTheSchema(line);
-        envelopes.push_back(decodeRecord<EditorDocumentDaemonEnvelope>(std::exchange(line, {})));
+        unread += bytes;
+        for (std::size_t end = unread.find('\n'); end != unread.npos; end = unread.find('\n')) {
+            const std::string line = unread.substr(0, end + 1);
+            unread.erase(0, line.size());
+            expectEnvelopeOfTheSchema(line);
+            envelopes.push_back(decodeRecord<EditorDocumentDaemonEnvelope>(line));
+        }
     }
     std::vector<EditorDocumentDaemonEnvelope> take() { return std::exchange(envelopes, {}); }
 
 private:
-    std::string line;
+    std::string unread;
     std::vector<EditorDocumentDaemonEnvelope> envelopes;
 };
 
