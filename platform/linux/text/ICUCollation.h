@@ -39,6 +39,6 @@ private:
     const Environment& environment;
     mutable OwnedCollator collator{};
     mutable std::optional<ASCIISortKeys> asciiKeys{}; // where they are the collator's
-    mutable std::u16string wideName{}; // kept for the next name
+    mutable std::u16string wideName{};                // kept for the next name
     mutable bool wasOpened = false;
 };
