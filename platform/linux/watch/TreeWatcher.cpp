@@ -68,6 +68,7 @@ TreeWatcher::Statistics TreeWatcher::statistics() const {
 }
 
 void TreeWatcher::handleRecord(const KernelRecord& record, WatchTime now) {
+    openAncestors.clear();
     if (record.mask & IN_Q_OVERFLOW) {
         handleOverflow(now);
         return;
@@ -187,6 +188,7 @@ void TreeWatcher::handleOverflow(WatchTime now) {
 }
 
 EventStreamBatch TreeWatcher::closeWindow(WatchTime now) {
+    openAncestors.clear();
     checkRoots(now);
     for (FolderNode* folder : std::exchange(waitingForClosing, {})) {
         --folder->timesQueued;

@@ -149,11 +149,10 @@ private:
     std::unordered_map<std::string, int> watchByAncestor{};
     std::deque<CrawlStep> urgent{};               // of folders that events or interest lead to
     std::deque<CrawlStep> background{};           // of folders that nobody looks at
-    std::vector<OpenAncestor> openAncestors{};    // during a crawl, of folders that are far down
+    std::vector<OpenAncestor> openAncestors{};    // while there is work, of folders that are far down
     std::vector<FolderNode*> waitingForClosing{}; // of the window, to be compared then
     std::unordered_map<FolderNode*, FileStamps> stampsByFolder{};
     std::vector<MountPoint> mounts{};
-    bool isCrawling = false;
     bool isOutOfWatches = false;
     bool hasBeenRefused = false; // somewhere, by want of rights
     bool mustWatchAncestors = false;

@@ -16,7 +16,6 @@ constexpr std::size_t longestName = 256; // with the slash before it
 
 void TreeWatcher::crawl(std::chrono::nanoseconds budget) {
     const WatchTime end = system.now() + budget;
-    isCrawling = true;
     while (hasWork() && system.now() < end) {
         take(urgent.empty() ? background : urgent);
         if (isComparingAll && urgent.empty()) {
@@ -24,8 +23,7 @@ void TreeWatcher::crawl(std::chrono::nanoseconds budget) {
             if (std::exchange(mustCompareAllAgain, false)) handleOverflow(system.now());
         }
     }
-    isCrawling = false;
-    openAncestors.clear();
+    if (!hasWork()) openAncestors.clear();
 }
 
 void TreeWatcher::take(std::deque<CrawlStep>& queue) {
@@ -91,9 +89,9 @@ OpenedFolder TreeWatcher::open(const FolderNode* folder, const std::string& path
     return system.openFolder(path, linksAt(folder), OpenFor::listing);
 }
 
-// Only as long as no event is handled, so that a folder and what is kept open of it are the same.
+// Only until the next event or change of the tree, so that a folder and what is kept open of it are the same.
 void TreeWatcher::keepOpen(const FolderNode* folder, const std::string& path, std::unique_ptr<OpenFolder> contents) {
-    if (!isCrawling || !folder->firstChild || path.size() + longestName < system.longestPath()) return;
+    if (!folder->firstChild || path.size() + longestName < system.longestPath()) return;
     std::erase_if(openAncestors, [&](const OpenAncestor& each) { return each.folder == folder; });
     if (openAncestors.size() == openAncestorLimit) openAncestors.erase(openAncestors.begin());
     openAncestors.push_back({folder, std::move(contents)});
@@ -296,6 +294,7 @@ void TreeWatcher::kill(FolderNode* folder) {
 }
 
 void TreeWatcher::discard(FolderNode* folder) {
+    openAncestors.clear();
     if (folder->parent) folder->parent->settledStamp = 0; // a comparison has to look whether that was right
     tree.kill(folder, [&](FolderNode* each) {
         disown(each);

@@ -31,6 +31,7 @@ std::vector<std::string_view> namesBetween(const std::string& directoryPath, std
 } // namespace
 
 void TreeWatcher::setRoots(const std::vector<std::string>& rootPaths) {
+    openAncestors.clear();
     paths.roots = rootPaths;
     const std::set<std::string> wanted(rootPaths.begin(), rootPaths.end());
     if (roots.empty()) nextCheck = nextPoll = system.now() + pollInterval();
@@ -83,6 +84,7 @@ void TreeWatcher::addInterest(const std::string& folderPath) {
 }
 
 void TreeWatcher::handleMountChange() {
+    openAncestors.clear();
     const WatchTime now = system.now();
     std::vector<MountPoint> current = system.mountPoints();
     std::vector<MountPoint> changed;
