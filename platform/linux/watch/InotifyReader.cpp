@@ -56,41 +56,50 @@ void InotifyReader::run() {
     while (true) {
         if (::poll(waiting.data(), waiting.size(), -1) < 0) continue;
         if (waiting[0].revents) return;
-        if (waiting[1].revents && readBlock() < blockSize / 2) waitInBurst(waiting[0]);
+        if (waiting[1].revents) readAndWait(waiting[0]);
         if (waiting[2].revents) call(mountsChanged);
     }
 }
 
-std::size_t InotifyReader::readBlock() {
+void InotifyReader::readNow() {
+    readBlock();
+}
+
+InotifyReader::Read InotifyReader::readBlock() {
     alignas(8) std::array<char, blockSize> buffer;
+    const std::lock_guard lock(reading);
     const ssize_t size = ::read(inotify, buffer.data(), buffer.size());
-    if (size <= 0) return 0;
-    const WatchTime now = WatchTime::clock::now();
-    readsInBurst = now - lastRead < burstPause ? readsInBurst + 1 : 1;
-    lastRead = now;
-    keep({buffer.data(), static_cast<std::size_t>(size)});
-    return static_cast<std::size_t>(size);
+    if (size <= 0) return {};
+    const bool isFirst = keep({buffer.data(), static_cast<std::size_t>(size)});
+    return {static_cast<std::size_t>(size), isFirst};
 }
 
 // Events come in bursts, and being woken for each of them costs more than all the rest. So short a time fills no queue
 // of the kernel, and nothing is told before things are quiet anyway.
-void InotifyReader::waitInBurst(pollfd endingDescriptor) {
+void InotifyReader::readAndWait(pollfd endingDescriptor) {
     constexpr int milliseconds = 1;
-    if (readsInBurst <= promptReads) return;
+    const Read read = readBlock();
+    if (read.isFirst || mustCallAgain) call(blocksArrived);
+    if (!isInBurst() || read.size > blockSize / 2) return;
     ::poll(&endingDescriptor, 1, milliseconds);
 }
 
-void InotifyReader::keep(std::string_view block) {
-    bool isFirst = false;
+bool InotifyReader::isInBurst() {
+    const WatchTime now = WatchTime::clock::now();
+    readsInBurst = now - std::exchange(lastRead, now) < burstPause ? readsInBurst + 1 : 1;
+    return readsInBurst > promptReads;
+}
+
+// Returns whether there was nothing to take before.
+bool InotifyReader::keep(std::string_view block) {
+    const std::lock_guard lock(mutex);
+    const bool isFirst = blocks.empty() && !hasLostBlocks;
     try {
-        const std::lock_guard lock(mutex);
-        isFirst = (blocks.empty() && !hasLostBlocks) || mustCallAgain;
-        append(block, lastRead);
+        append(block, WatchTime::clock::now());
     } catch (const std::bad_alloc&) {
-        const std::lock_guard lock(mutex);
         loseAll();
     }
-    if (isFirst) call(blocksArrived);
+    return isFirst;
 }
 
 void InotifyReader::call(const std::function<void()>& function) {

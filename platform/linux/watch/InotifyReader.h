@@ -33,14 +33,23 @@ public:
     ~InotifyReader();
     InotifyReader(const InotifyReader&) = delete;
 
+    // Takes over from the kernel what its own thread, on a busy machine, may have no time to read. May be called on any
+    // thread; blocksArrived is not called for it.
+    void readNow();
+
     // The oldest block that has been read; absent when there is none. May be called on any thread.
     std::optional<KernelBlock> takeBlock();
 
 private:
     void run();
-    std::size_t readBlock(); // returns its bytes
-    void waitInBurst(pollfd endingDescriptor);
-    void keep(std::string_view block);
+    struct Read {
+        std::size_t size = 0;
+        bool isFirst = false; // after there was nothing to take
+    };
+    Read readBlock();
+    void readAndWait(pollfd endingDescriptor);
+    bool isInBurst();
+    bool keep(std::string_view block);
     void append(std::string_view block, WatchTime readAt);
     void loseAll();
     void call(const std::function<void()>& function);
@@ -51,6 +60,7 @@ private:
     const std::function<void()> mountsChanged;
     Descriptor ending;
     Descriptor mountTable;
+    std::mutex reading{}; // held until what was read is kept, so that nothing overtakes it
     std::mutex mutex{};
     std::deque<KernelBlock> blocks{};
     std::size_t keptBytes = 0;

@@ -145,13 +145,25 @@ void WatchLoop::tryAgainLater() {
 // False when there are more.
 bool WatchLoop::handleBlocks() {
     const WatchTime end = system->now() + sliceBudget;
+    bool hasReadRest = false;
     while (reader) {
         const auto block = reader->takeBlock();
-        if (!block) return true;
+        if (!block) {
+            // What has happened since the last read may be what makes things not quiet.
+            if (hasReadRest || !isAdvanceDue()) return true;
+            reader->readNow();
+            hasReadRest = true;
+            continue;
+        }
         watcher->handleBlock(block->bytes, block->readAt);
         if (system->now() >= end) return false;
     }
     return true;
+}
+
+bool WatchLoop::isAdvanceDue() const {
+    const auto deadline = watcher->nextDeadline();
+    return deadline && system->now() >= *deadline;
 }
 
 void WatchLoop::armTimer() {

@@ -39,6 +39,7 @@ private:
     void tryAgainLater();
     void runSoon();
     bool handleBlocks();
+    bool isAdvanceDue() const;
     void armTimer();
 
     std::unique_ptr<LinuxWatchSystem> system;

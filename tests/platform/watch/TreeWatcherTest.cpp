@@ -227,6 +227,21 @@ TEST_F(TreeWatcherTest, AsksTheDiskOnlyAboutNewFilesThatStayOpen) {
     EXPECT_EQ(toldWithin(milliseconds(1)), (Tellings{"created /w/closed", "created /w/open"}));
 }
 
+TEST_F(TreeWatcherTest, CountsTheQuietFromWhenTheEventWasRead) {
+    start();
+    write("/w/new");
+    const WatchTime readAt = disk.time;
+    disk.time += milliseconds(4);
+    watcher.handleBlock(disk.takeBlock(), readAt);
+    EXPECT_EQ(toldWithin(milliseconds(1)), Tellings{"created /w/new"});
+    write("/w/later");
+    watcher.handleBlock(disk.takeBlock(), disk.time);
+    write("/w/earlier"); // a block that was read before the one that was handled first
+    watcher.handleBlock(disk.takeBlock(), readAt);
+    EXPECT_EQ(toldWithin(milliseconds(4)), Tellings{});
+    EXPECT_EQ(toldWithin(milliseconds(1)), (Tellings{"created /w/later", "created /w/earlier"}));
+}
+
 TEST_F(TreeWatcherTest, ANewFileIsWaitedForFromItsBirth) {
     start();
     disk.createFile("/w/open");

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/ioctl.h>
+
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
@@ -21,7 +23,7 @@ class WatchedTree {
 public:
     explicit WatchedTree(std::unique_ptr<LinuxWatchSystem> system = std::make_unique<LinuxWatchSystem>(),
                          std::size_t byteLimit = InotifyReader::usualLimit, DeliveryPolicy policy = {})
-        : source(std::move(system), byteLimit, policy) {}
+        : inotify(system->inotifyDescriptor()), source(std::move(system), byteLimit, policy) {}
     ~WatchedTree() {
         onQueue([&] { stream.reset(); });
     }
@@ -84,11 +86,15 @@ public:
         return result;
     }
 
+    // On a busy machine the reader may lag behind.
     bool isSettled() {
+        int unreadBytes = 0;
+        if (::ioctl(inotify, FIONREAD, &unreadBytes) == 0 && unreadBytes > 0) return false;
         const TreeWatcher::Statistics now = statistics();
         return now.pendingNames == 0 && now.waiting == 0;
     }
 
+    const int inotify;
     SerialQueue queue{"watched-tree"};
     LinuxEventStreamSource source;
 
