@@ -34,8 +34,9 @@ std::vector<std::string> affectedDirectoryPaths(const std::vector<std::string>& 
 
 std::vector<WorkspaceBrowserMutationPayload> workspaceMutationSort(
     std::vector<WorkspaceBrowserMutationPayload> mutations, const Collation& collation) {
-    std::stable_partition(mutations.begin(), mutations.end(),
-                          [](const auto& mutation) { return !mutation.destinationPath; });
+    const auto isDeletion = [](const auto& mutation) { return !mutation.destinationPath; };
+    if (std::ranges::any_of(mutations, isDeletion))
+        std::stable_partition(mutations.begin(), mutations.end(), isDeletion);
     std::vector<std::string_view> paths;
     paths.reserve(mutations.size());
     for (const WorkspaceBrowserMutationPayload& mutation : mutations) paths.push_back(sortedPath(mutation));
