@@ -47,14 +47,6 @@ private:
     }
 };
 
-template <typename Part, typename Seam, typename... Arguments>
-Part* install(std::unique_ptr<Seam>& place, Arguments&&... arguments) {
-    auto part = std::make_unique<Part>(std::forward<Arguments>(arguments)...);
-    Part* const installed = part.get();
-    place = std::move(part);
-    return installed;
-}
-
 std::string withoutCarriageReturns(const std::string& text) {
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -112,17 +104,10 @@ FuzzedDaemon::FuzzedDaemon() {
         .directoryWalking = std::make_unique<MemoryDirectoryWalking>(disk),
         .textCoding = std::make_unique<SharedTextCoding>(),
         .collation = std::make_unique<SharedCollation>(),
-        .makeUUID = [count = 0]() mutable { return "document-" + std::to_string(++count); },
     };
-    fileManager = install<FaultyFileManager>(platform.fileManager, memoryFileManager);
     output = install<Collector>(platform.output);
     install<Collector>(platform.errorOutput);
-    clock = install<HandMovedClock>(platform.clock);
-    eventStreams = install<FakeEventStreamSource>(platform.eventStreamSource);
-    queue = install<HandRunQueue>(platform.queue);
-    indexingQueue = install<HandRunQueue>(platform.workspaceIndexingQueue);
-    watchQueue = install<HandRunQueue>(platform.watchQueue);
-    daemon = std::make_shared<EditorDocumentDaemon>(std::move(platform));
+    putTogether(std::move(platform), memoryFileManager);
 }
 
 void FuzzedDaemon::sendLine(std::string_view line) {

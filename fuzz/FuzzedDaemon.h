@@ -5,15 +5,12 @@
 #include <string_view>
 #include <vector>
 
-#include "daemon/EditorDocumentDaemon.h"
 #include "fuzz/FuzzedClient.h"
 #include "fuzz/MemoryDisk.h"
-#include "tests/support/FakeEventStream.h"
-#include "tests/support/FaultyFileManager.h"
-#include "tests/support/HandRunQueue.h"
+#include "tests/support/SteppedDaemon.h"
 
 // A daemon in this process on a disk in memory, with a client that checks what it is told.
-class FuzzedDaemon {
+class FuzzedDaemon : SteppedDaemon {
 public:
     FuzzedDaemon();
 
@@ -51,13 +48,6 @@ private:
 
     MemoryDisk disk{};
     MemoryFileManager memoryFileManager{disk};
-    FaultyFileManager* fileManager = nullptr;
     Collector* output = nullptr;
-    FakeEventStreamSource* eventStreams = nullptr;
-    HandRunQueue* queue = nullptr;
-    HandRunQueue* indexingQueue = nullptr;
-    HandRunQueue* watchQueue = nullptr;
-    HandMovedClock* clock = nullptr;
-    std::shared_ptr<EditorDocumentDaemon> daemon{};
     bool hadFaults = false;
 };

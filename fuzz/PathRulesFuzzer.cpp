@@ -1,11 +1,9 @@
 // Paths and names of every kind, on a small disk. Normal form, the two directions of a name's text, and the places that
 // the rules choose for new items: always free, and always within the root.
 
-#include <string>
-#include <vector>
-
 #include "fuzz/MemoryDisk.h"
 #include "fuzz/Require.h"
+#include "fuzz/Split.h"
 #include "platform/PlatformError.h"
 #include "shared/FileNameText.h"
 #include "shared/UTF8.h"
@@ -14,17 +12,6 @@
 #include "workspace/WorkspacePathRules.h"
 
 namespace {
-
-std::vector<std::string> split(std::string_view bytes, char separator) {
-    std::vector<std::string> parts(1);
-    for (const char byte : bytes) {
-        if (byte == separator)
-            parts.emplace_back();
-        else
-            parts.back() += byte;
-    }
-    return parts;
-}
 
 void checkText(const std::string& name) {
     const std::string text = textFromFileName(name);

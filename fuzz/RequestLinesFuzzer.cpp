@@ -11,10 +11,8 @@
 //     !s                                time passes
 //     !f operation count                the disk fails at the call
 
-#include <string>
-#include <vector>
-
 #include "fuzz/FuzzedDaemon.h"
+#include "fuzz/Split.h"
 
 namespace {
 
@@ -27,17 +25,6 @@ constexpr FileOperation operations[] = {
     FileOperation::prepareReplacement, FileOperation::moveItem,       FileOperation::copyItem,
     FileOperation::trashItem,          FileOperation::removeItem,
 };
-
-std::vector<std::string> split(std::string_view bytes, char separator) {
-    std::vector<std::string> parts(1);
-    for (const char byte : bytes) {
-        if (byte == separator)
-            parts.emplace_back();
-        else
-            parts.back() += byte;
-    }
-    return parts;
-}
 
 std::optional<std::string> part(const std::vector<std::string>& parts, std::size_t index) {
     return index < parts.size() ? std::optional(parts[index]) : std::nullopt;

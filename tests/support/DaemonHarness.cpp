@@ -24,42 +24,17 @@ private:
     std::vector<EditorDocumentDaemonEnvelope> envelopes;
 };
 
-namespace {
-
-// The part of the platform with which the test goes on dealing.
-template <typename Part, typename Seam, typename... Arguments>
-Part* install(std::unique_ptr<Seam>& place, Arguments&&... arguments) {
-    auto part = std::make_unique<Part>(std::forward<Arguments>(arguments)...);
-    Part* const installed = part.get();
-    place = std::move(part);
-    return installed;
-}
-
-} // namespace
-
 DaemonHarness::DaemonHarness() {
-    auto variableEnvironment = std::make_unique<VariableEnvironment>();
-    environment = variableEnvironment.get();
+    DaemonPlatform platform{.textCoding = std::make_unique<ICUTextCoding>()};
+    environment = install<VariableEnvironment>(platform.environment);
     environment->variables["HOME"] = directory.path("home");
-    linuxFileManager = std::make_unique<LinuxFileManager>(*environment);
-    auto collation = std::make_unique<ICUCollation>(*environment);
-    DaemonPlatform platform{
-        .environment = std::move(variableEnvironment),
-        .textCoding = std::make_unique<ICUTextCoding>(),
-        .collation = std::move(collation),
-        .makeUUID = [count = 0]() mutable { return "document-" + std::to_string(++count); },
-    };
-    fileManager = install<FaultyFileManager>(platform.fileManager, *linuxFileManager);
+    install<ICUCollation>(platform.collation, *environment);
     fileIdentification = install<CountingFileIdentification>(platform.fileIdentification);
     directoryWalking = install<CountingDirectoryWalking>(platform.directoryWalking);
     output = install<CollectingOutput>(platform.output);
     install<CollectingOutput>(platform.errorOutput);
-    clock = install<HandMovedClock>(platform.clock);
-    eventStreams = install<FakeEventStreamSource>(platform.eventStreamSource);
-    queue = install<HandRunQueue>(platform.queue);
-    indexingQueue = install<HandRunQueue>(platform.workspaceIndexingQueue);
-    watchQueue = install<HandRunQueue>(platform.watchQueue);
-    daemon = std::make_shared<EditorDocumentDaemon>(std::move(platform));
+    linuxFileManager = std::make_unique<LinuxFileManager>(*environment);
+    putTogether(std::move(platform), *linuxFileManager);
 }
 
 std::vector<EditorDocumentDaemonEnvelope> DaemonHarness::sendLine(const std::string& line) {

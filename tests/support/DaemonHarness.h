@@ -7,18 +7,15 @@
 #include <string>
 #include <vector>
 
-#include "daemon/EditorDocumentDaemon.h"
 #include "platform/linux/files/LinuxFileManager.h"
 #include "tests/support/CountingSeams.h"
-#include "tests/support/FakeEventStream.h"
-#include "tests/support/FaultyFileManager.h"
-#include "tests/support/HandRunQueue.h"
+#include "tests/support/SteppedDaemon.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/VariableEnvironment.h"
 
 // A daemon in this process on a real temporary directory, which also holds its home. What it writes is collected as
 // envelopes, and nothing happens beside the requests but what the test lets happen.
-class DaemonHarness {
+class DaemonHarness : public SteppedDaemon {
 public:
     DaemonHarness();
 
@@ -54,12 +51,9 @@ public:
     const TemporaryDirectory directory;
     // The whole environment of the daemon. HOME is below the directory.
     VariableEnvironment* environment = nullptr;
-    // Fails on demand.
-    FaultyFileManager* fileManager = nullptr;
     std::vector<EditorDocumentDaemonEnvelope> events;
     CountingFileIdentification* fileIdentification = nullptr;
     CountingDirectoryWalking* directoryWalking = nullptr;
-    FakeEventStreamSource* eventStreams = nullptr;
 
 private:
     class CollectingOutput;
@@ -68,9 +62,4 @@ private:
 
     std::unique_ptr<LinuxFileManager> linuxFileManager;
     CollectingOutput* output = nullptr;
-    HandRunQueue* queue = nullptr;
-    HandRunQueue* indexingQueue = nullptr;
-    HandRunQueue* watchQueue = nullptr;
-    HandMovedClock* clock = nullptr;
-    std::shared_ptr<EditorDocumentDaemon> daemon;
 };

@@ -47,75 +47,49 @@ public:
         return count == counts.end() ? 0 : count->second;
     }
 
-    bool fileExists(const std::string& path) const override {
-        enter(FileOperation::fileExists);
-        return inner.fileExists(path);
-    }
-    bool itemExists(const std::string& path) const override {
-        enter(FileOperation::itemExists);
-        return inner.itemExists(path);
-    }
+    bool fileExists(const std::string& path) const override { return past(FileOperation::fileExists).fileExists(path); }
+    bool itemExists(const std::string& path) const override { return past(FileOperation::itemExists).itemExists(path); }
     bool isDirectory(const std::string& path) const override {
-        enter(FileOperation::isDirectory);
-        return inner.isDirectory(path);
+        return past(FileOperation::isDirectory).isDirectory(path);
     }
     bool isReadableFile(const std::string& path) const override {
-        enter(FileOperation::isReadableFile);
-        return inner.isReadableFile(path);
+        return past(FileOperation::isReadableFile).isReadableFile(path);
     }
     FileAttributes attributesOfItem(const std::string& path, FollowLinks links) const override {
-        enter(FileOperation::attributesOfItem);
-        return inner.attributesOfItem(path, links);
+        return past(FileOperation::attributesOfItem).attributesOfItem(path, links);
     }
     FileContents contentsOfFile(const std::string& path, std::uint64_t sizeLimit) const override {
-        enter(FileOperation::contentsOfFile);
-        return inner.contentsOfFile(path, sizeLimit);
+        return past(FileOperation::contentsOfFile).contentsOfFile(path, sizeLimit);
     }
     std::vector<DirectoryEntry> contentsOfDirectory(const std::string& path) const override {
-        enter(FileOperation::contentsOfDirectory);
-        return inner.contentsOfDirectory(path);
+        return past(FileOperation::contentsOfDirectory).contentsOfDirectory(path);
     }
     std::optional<std::string> homeDirectoryPath(std::string_view userName) const override {
-        enter(FileOperation::homeDirectoryPath);
-        return inner.homeDirectoryPath(userName);
+        return past(FileOperation::homeDirectoryPath).homeDirectoryPath(userName);
     }
     std::string currentDirectoryPath() const override {
-        enter(FileOperation::currentDirectoryPath);
-        return inner.currentDirectoryPath();
+        return past(FileOperation::currentDirectoryPath).currentDirectoryPath();
     }
     std::vector<std::string> createDirectory(const std::string& path) override {
-        enter(FileOperation::createDirectory);
-        return inner.createDirectory(path);
+        return past(FileOperation::createDirectory).createDirectory(path);
     }
     void removeEmptyDirectories(const std::vector<std::string>& paths) override { inner.removeEmptyDirectories(paths); }
-    void createFile(const std::string& path) override {
-        enter(FileOperation::createFile);
-        inner.createFile(path);
-    }
+    void createFile(const std::string& path) override { past(FileOperation::createFile).createFile(path); }
     std::unique_ptr<FileReplacement> prepareReplacement(const std::string& path, std::string_view data) override {
-        enter(FileOperation::prepareReplacement);
-        return inner.prepareReplacement(path, data);
+        return past(FileOperation::prepareReplacement).prepareReplacement(path, data);
     }
-    void moveItem(const std::string& sourcePath, const std::string& destinationPath) override {
-        enter(FileOperation::moveItem);
-        inner.moveItem(sourcePath, destinationPath);
+    void moveItem(const std::string& source, const std::string& destination) override {
+        past(FileOperation::moveItem).moveItem(source, destination);
     }
-    void copyItem(const std::string& sourcePath, const std::string& destinationPath) override {
-        enter(FileOperation::copyItem);
-        inner.copyItem(sourcePath, destinationPath);
+    void copyItem(const std::string& source, const std::string& destination) override {
+        past(FileOperation::copyItem).copyItem(source, destination);
     }
-    void trashItem(const std::string& path) override {
-        enter(FileOperation::trashItem);
-        inner.trashItem(path);
-    }
-    void removeItem(const std::string& path) override {
-        enter(FileOperation::removeItem);
-        inner.removeItem(path);
-    }
+    void trashItem(const std::string& path) override { past(FileOperation::trashItem).trashItem(path); }
+    void removeItem(const std::string& path) override { past(FileOperation::removeItem).removeItem(path); }
 
 private:
-    // The action runs outside the lock, so that it may itself use this file manager.
-    void enter(FileOperation operation) const {
+    // What the call goes on to. The action runs outside the lock, so that it may itself use this file manager.
+    FileManager& past(FileOperation operation) const {
         std::function<void()> action;
         {
             const std::lock_guard lock(mutex);
@@ -123,6 +97,7 @@ private:
             if (found != actions.end()) action = found->second;
         }
         if (action) action();
+        return inner;
     }
 
     FileManager& inner;
