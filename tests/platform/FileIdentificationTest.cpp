@@ -1,11 +1,9 @@
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
-#include <map>
 #include <set>
 
 #include "platform/PlatformError.h"
@@ -43,23 +41,16 @@ protected:
 };
 
 TEST_F(FileIdentificationTest, AListingTellsWhatASingleQuestionTells) {
-    writeFile(root.path("file"), "");
-    writeFile(root.path(".hidden"), "");
-    writeFile(root.path("folder/inside"), "");
-    writeFile(root.path(".file.edsave-0123456789abcdef"), "unfinished");
-    std::filesystem::create_symlink("file", root.path("link"));
-    std::filesystem::create_symlink("none", root.path("dangling"));
+    makeTree(root.path(), "file .hidden folder/inside .file.edsave-0123456789abcdef link>file dangling>none fifo|");
     std::filesystem::create_hard_link(root.path("file"), root.path("hard link"));
-    ASSERT_EQ(::mkfifo(root.path("fifo").c_str(), 0600), 0);
     checkListing(root.path(), {"file", ".hidden", "folder", "link", "dangling", "hard link", "fifo"});
 
-    std::filesystem::create_directory_symlink("folder", root.path("folder link"));
-    checkListing(root.path("folder link"), {"inside"});
+    makeTree(root.path(), "folder-link>folder");
+    checkListing(root.path("folder-link"), {"inside"});
 }
 
 TEST_F(FileIdentificationTest, AMountHidesWhatTheDirectoryTells) {
-    writeFile(root.path("covered"), "");
-    writeFile(root.path("elsewhere"), "");
+    makeTree(root.path(), "covered elsewhere");
     const MountedDisk mounted(root.path("mounted"));
     if (!mounted.reason.empty()) GTEST_SKIP() << mounted.reason;
     writeFile(root.path("mounted/a"), "");
@@ -77,7 +68,7 @@ TEST_F(FileIdentificationTest, FileSystemsWithoutLastingHandlesTellNumbersOnly) 
 }
 
 TEST_F(FileIdentificationTest, AnEntryThatVanishesIsLeftOut) {
-    for (const char* name : {"a", "b", "c"}) writeFile(root.path(name), "");
+    makeTree(root.path(), "a b c");
     int entries = 0;
     identification.forEachIdentifiedEntry(root.path(), [&](const IdentifiedEntry& entry) {
         ++entries;

@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <array>
-#include <new>
 #include <string>
 #include <thread>
 #include <vector>

@@ -3,14 +3,14 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
-#include <sys/stat.h>
+#include <sys/resource.h>
 
 #include <cerrno>
 #include <csignal>
 #include <thread>
 
-#include "platform/PlatformError.h"
 #include "platform/linux/Descriptor.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/Files.h"
 #include "tests/support/SystemCallTracer.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -18,52 +18,45 @@
 namespace {
 
 const std::string oldBytes(9000, 'o');
-const std::string newBytes(7000, 'n');
-
-Trace traceRewrite(const std::string& path, const std::vector<SystemCallFault>& faults = {}) {
-    return traceSystemCalls(
-        [&] {
-            LockedFile file(path);
-            std::string contents = file.contents();
-            file.rewrite(newBytes);
-            return contents;
-        },
-        faults);
-}
 
 // A disk that fails for good cannot take the old contents back either; the first failure is told all the same.
 TEST(LockedFile, AFailureThatStaysIsReportedOnce) {
     if (!canTraceSystemCalls()) GTEST_SKIP() << "this system allows no tracing";
     const TemporaryDirectory directory;
     writeFile(directory.path("file"), oldBytes);
-    const Trace trace = traceRewrite(directory.path("file"), {{1, FaultKind::fail, ENOSPC, {}, "pwrite64"},
-                                                              {2, FaultKind::fail, EIO, {}, "pwrite64"}});
+    const Trace trace = traceSystemCalls(
+        [&] {
+            LockedFile(directory.path("file")).rewrite("new");
+            return std::string();
+        },
+        {{1, FaultKind::fail, ENOSPC, {}, "pwrite64"}, {2, FaultKind::fail, EIO, {}, "pwrite64"}});
     EXPECT_EQ(trace.errorNumber, ENOSPC);
     EXPECT_EQ(trace.message, "Cannot write “" + directory.path("file") + "”: No space left on device.");
 }
 
-TEST(LockedFile, TheLockDiesWithItsHolder) {
+// A limit on the size of files stops a write half-way, as a full disk does.
+TEST(LockedFile, AWriteThatStopsHalfWayIsTakenBack) {
     if (!canTraceSystemCalls()) GTEST_SKIP() << "this system allows no tracing";
     const TemporaryDirectory directory;
     writeFile(directory.path("file"), oldBytes);
-    EXPECT_EQ(traceRewrite(directory.path("file"), {{1, FaultKind::kill, 0, {}, "ftruncate"}}).ending,
-              TraceEnding::killed);
-    EXPECT_EQ(LockedFile(directory.path("file")).contents(), oldBytes);
+    const Trace trace = traceSystemCalls([&] {
+        std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{.rlim_cur = oldBytes.size() + 100, .rlim_max = RLIM_INFINITY};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        LockedFile(directory.path("file")).rewrite(std::string(20'000, 'n'));
+        return std::string();
+    });
+    EXPECT_EQ(trace.errorNumber, EFBIG) << trace.message;
+    EXPECT_EQ(readFile(directory.path("file")), oldBytes);
 }
 
 TEST(LockedFile, WhatIsNoFileIsRefused) {
     const TemporaryDirectory directory;
-    std::filesystem::create_directory(directory.path("directory"));
-    ASSERT_EQ(::mkfifo(directory.path("fifo").c_str(), 0600), 0);
+    makeTree(directory.path(), "directory/ fifo|");
     const std::pair<std::string, int> rows[] = {
         {"directory", EISDIR}, {"fifo", EOPNOTSUPP}, {"missing/file", ENOENT}, {std::string("a\0b", 3), ENOENT}};
     for (const auto& [name, code] : rows) {
-        try {
-            LockedFile file(directory.path(name));
-            ADD_FAILURE() << name;
-        } catch (const PlatformError& error) {
-            EXPECT_EQ(error.code, code) << name;
-        }
+        EXPECT_EQ(errorOf([&, path = directory.path(name)] { LockedFile file(path); }).code, code) << name;
     }
     EXPECT_FALSE(std::filesystem::exists(directory.path("a"))) << "a name is not cut off at a NUL";
 }

@@ -7,9 +7,9 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "platform/PlatformError.h"
+#include "tests/support/DirectorySnapshot.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/Files.h"
-#include "tests/support/ItemPortrait.h"
 #include "tests/support/MountedDisk.h"
 #include "tests/support/OrdinaryUser.h"
 #include "tests/support/SystemCallTracer.h"
@@ -20,12 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 PlatformError errorOfMove(const std::string& source, const std::string& destination) {
-    try {
-        moveItem(source, destination);
-        return PlatformError("", 0, "");
-    } catch (const PlatformError& error) {
-        return error;
-    }
+    return errorOf([&] { moveItem(source, destination); });
 }
 
 TEST(MoveItem, TheItemItselfMovesOrEverythingStays) {
@@ -40,10 +35,9 @@ TEST(MoveItem, TheItemItselfMovesOrEverythingStays) {
         {"a folder", "folder", "new", 0},
         {"a link, not its target", "link", "folder/new", 0},
         {"a link that leads nowhere", "dangling", "new", 0},
-        {"a link into the folder that it leads to", "to folder", "folder/new", 0},
+        {"a link into the folder that it leads to", "to-folder", "folder/new", 0},
         {"only the case differs, where case counts", "file", "FILE", 0},
         {"nothing there", "missing", "new", ENOENT},
-
         {"nowhere to go", "file", "missing/new", ENOENT},
         {"onto itself", "file", "file", EEXIST},
         {"a taken name", "file", "other", EEXIST},
@@ -51,19 +45,15 @@ TEST(MoveItem, TheItemItselfMovesOrEverythingStays) {
         {"a name taken by a link that leads nowhere", "file", "dangling", EEXIST},
         {"a name taken by another hard link of the item", "file", "hard", EEXIST},
         {"a folder into itself", "folder", "folder/new", EINVAL},
-        {"a folder into itself through a link", "folder", "to folder/new", EINVAL},
+        {"a folder into itself through a link", "folder", "to-folder/new", EINVAL},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         const TemporaryDirectory directory;
-        for (const char* name : {"file", "other", "folder/inner"}) writeFile(directory.path(name), name);
-        fs::create_directory(directory.path("empty"));
-        fs::create_symlink("file", directory.path("link"));
-        fs::create_symlink("folder", directory.path("to folder"));
-        fs::create_symlink("nowhere", directory.path("dangling"));
+        makeTree(directory.path(), "file other folder/inner empty/ link>file to-folder>folder dangling>nowhere");
         fs::create_hard_link(directory.path("file"), directory.path("hard"));
-        const ItemPortrait before = portraitOf(directory.path());
-        const ItemPortrait moved = portraitOf(directory.path(row.source));
+        const DirectorySnapshot before = portraitOf(directory.path());
+        const DirectorySnapshot moved = portraitOf(directory.path(row.source));
         const PlatformError error = errorOfMove(directory.path(row.source), directory.path(row.destination));
         EXPECT_EQ(error.code, row.error) << error.what();
         if (row.error != 0) {
@@ -117,7 +107,7 @@ public:
     const MountedDisk disk;
 
 private:
-    ItemPortrait whole;
+    DirectorySnapshot whole;
 };
 
 TEST(MoveItem, ATreeMovesToAnotherFileSystem) {
@@ -168,7 +158,7 @@ TEST(MoveItem, WhatMayNotLeaveItsFolderIsNotCopiedAway) {
         ASSERT_EQ(::chmod((disks.sourcePath() + "/inner").c_str(), 0755), 0);
         ASSERT_EQ(::chmod(disks.sourcePath().c_str(), row.treeMode), 0);
         ASSERT_EQ(::chmod(disks.disk.path.c_str(), 0777), 0);
-        const ItemPortrait before = portraitOf(disks.sourcePath());
+        const DirectorySnapshot before = portraitOf(disks.sourcePath());
         const Trace trace = traceSystemCalls([&] {
             becomeOrdinaryUser();
             moveItem(disks.sourcePath(), disks.destinationPath());

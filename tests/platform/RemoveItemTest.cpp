@@ -1,14 +1,13 @@
 #include "platform/linux/files/RemoveItem.h"
 
 #include <gtest/gtest.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 
 #include <filesystem>
 
 #include "tests/support/DeepFolder.h"
 #include "tests/support/DirectorySnapshot.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/Files.h"
 #include "tests/support/MountedDisk.h"
 #include "tests/support/OrdinaryUser.h"
@@ -19,21 +18,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Failure {
-    std::int64_t code{};
-    bool isIncomplete{};
-    std::string text{};
-};
+PlatformError errorOfRemoval(const std::string& path) {
+    return errorOf([&] { removeItem(path); });
+}
 
-Failure failureOfRemoval(const std::string& path) {
-    try {
-        removeItem(path);
-        return {};
-    } catch (const IncompleteRemoval& error) {
-        return {error.code, true, error.localizedDescription};
-    } catch (const PlatformError& error) {
-        return {error.code, false, error.localizedDescription};
-    }
+// Whether the error tells that a part is gone already.
+bool isIncomplete(const PlatformError& error) {
+    return error.localizedDescription.find("A part of “") != std::string::npos;
 }
 
 TEST(RemoveItem, TheItemGoesAndNothingElse) {
@@ -50,10 +41,7 @@ TEST(RemoveItem, TheItemGoesAndNothingElse) {
         {"an empty folder", [](auto& item, auto&) { fs::create_directory(item); }},
         {"a folder with links out of it and up",
          [](auto& item, auto& outside) {
-             fs::create_directories(item + "/deeper/still");
-             fs::create_symlink(outside, item + "/deeper/still/out");
-             fs::create_symlink("..", item + "/deeper/up");
-             fs::create_symlink(outside + "/kept", item + "/file");
+             makeTree(item, "deeper/still/out>" + outside + " deeper/up>.. file>" + outside + "/kept");
          }},
         {"a hard link of a file outside",
          [](auto& item, auto& outside) { fs::create_hard_link(outside + "/kept", item); }},
@@ -95,10 +83,10 @@ TEST(RemoveItem, WhatCannotBeRemovedIsNamed) {
     };
     const Row rows[] = {{"missing", ENOENT}, {"file/below", ENOTDIR}, {std::string("file\0x", 6), ENOENT}};
     for (const Row& row : rows) {
-        const Failure failure = failureOfRemoval(directory.path(row.name));
-        EXPECT_EQ(failure.code, row.error) << row.name;
-        EXPECT_FALSE(failure.isIncomplete);
-        EXPECT_TRUE(failure.text.starts_with("Cannot remove “" + directory.path(row.name) + "”: ")) << failure.text;
+        const PlatformError error = errorOfRemoval(directory.path(row.name));
+        EXPECT_EQ(error.code, row.error) << row.name;
+        EXPECT_TRUE(error.localizedDescription.starts_with("Cannot remove “" + directory.path(row.name) + "”: "));
+        EXPECT_FALSE(isIncomplete(error)) << error.what();
     }
     EXPECT_EQ(readFile(directory.path("file")), "text");
 }
@@ -119,19 +107,18 @@ TEST(RemoveItem, AnOrdinaryUserLosesNothingToARefusal) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         const TemporaryDirectory directory;
-        writeFile(directory.path("tree/file"), "text");
-        writeFile(directory.path("tree/inner/file"), "text");
+        makeTree(directory.path(), "tree/file tree/inner/file");
         for (const char* name : {"", "tree", "tree/inner"})
             ASSERT_EQ(::chmod(directory.path(name).c_str(), std::string(name) == row.fixedFolder ? 0755 : 0777), 0);
         const DirectorySnapshot before = snapshotOf(directory.path());
         const Trace trace = traceSystemCalls([&] {
             becomeOrdinaryUser();
-            const Failure failure = failureOfRemoval(directory.path(row.removed));
-            return std::to_string(failure.code) + (failure.isIncomplete ? " in part" : " whole");
+            const PlatformError error = errorOfRemoval(directory.path(row.removed));
+            return std::to_string(error.code) + (isIncomplete(error) ? " in part" : " whole");
         });
         EXPECT_EQ(trace.message, std::to_string(EACCES) + (row.isWhole ? " whole" : " in part"));
         EXPECT_EQ(snapshotOf(directory.path()) == before, row.isWhole);
-        EXPECT_EQ(readFile(directory.path("tree/inner/file")), "text");
+        EXPECT_TRUE(fs::exists(directory.path("tree/inner/file")));
     }
 }
 
@@ -141,7 +128,7 @@ TEST(RemoveItem, AMountedFileSystemKeepsItsFiles) {
     if (!disk.reason.empty()) GTEST_SKIP() << disk.reason;
     writeFile(disk.path + "/kept", "kept");
     for (const char* removed : {"tree/inner/disk", "tree"}) {
-        EXPECT_EQ(failureOfRemoval(directory.path(removed)).code, EBUSY) << removed;
+        EXPECT_EQ(errorOfRemoval(directory.path(removed)).code, EBUSY) << removed;
         EXPECT_EQ(readFile(disk.path + "/kept"), "kept");
     }
 }
@@ -156,7 +143,7 @@ TEST(RemoveItem, AFolderThatIsMovedAwayMeanwhileTakesNothingElseWithIt) {
     };
     // By then the walk is at the bottom, and the folders above the moved one are closed.
     const Trace trace =
-        traceSystemCalls([&] { return std::to_string(failureOfRemoval(directory.path("tree")).code); },
+        traceSystemCalls([&] { return std::to_string(errorOfRemoval(directory.path("tree")).code); },
                          {{.call = 1, .kind = FaultKind::interlude, .interlude = moveAway, .name = "unlinkat"}});
     EXPECT_EQ(trace.message, std::to_string(ENOENT));
     EXPECT_EQ(readFile(directory.path("elsewhere/kept")), "kept");
@@ -167,11 +154,10 @@ TEST(RemoveItem, WhatOthersRemoveMeanwhileIsNoError) {
     for (std::size_t call = 1;; ++call) {
         SCOPED_TRACE("before call " + std::to_string(call));
         const TemporaryDirectory directory;
-        writeFile(directory.path("tree/inner/file"), "text");
-        writeFile(directory.path("tree/file"), "text");
+        makeTree(directory.path(), "tree/inner/file tree/file");
         const auto removeAll = [&] { fs::remove_all(directory.path("tree")); };
         const Trace trace =
-            traceSystemCalls([&] { return std::to_string(failureOfRemoval(directory.path("tree")).code); },
+            traceSystemCalls([&] { return std::to_string(errorOfRemoval(directory.path("tree")).code); },
                              {{.call = call, .kind = FaultKind::interlude, .interlude = removeAll}});
         if (trace.calls.size() < call) break;
         EXPECT_EQ(trace.message, call <= 3 ? std::to_string(ENOENT) : "0");

@@ -81,10 +81,8 @@ TEST(SerialQueue, RunsDelayedTasksInTheOrderOfTheirTimes) {
         });
         queue.asyncAfter(1ms, [&] { order.push_back(1); });
     });
-    const auto begin = std::chrono::steady_clock::now();
     done.get_future().wait();
     EXPECT_EQ(order, (std::vector{1, 2}));
-    EXPECT_GE(std::chrono::steady_clock::now() - begin, 10ms);
 }
 
 TEST(SerialQueue, DropsWhatHasNotBegunWhenItEnds) {

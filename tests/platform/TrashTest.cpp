@@ -7,43 +7,25 @@
 #include <algorithm>
 #include <ctime>
 #include <filesystem>
-#include <map>
 
-#include "platform/PlatformError.h"
 #include "platform/linux/files/TrashName.h"
+#include "tests/support/DirectorySnapshot.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/Files.h"
-#include "tests/support/ItemPortrait.h"
 #include "tests/support/MountedDisk.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/support/VariableEnvironment.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-class FixedEnvironment final : public Environment {
-public:
-    explicit FixedEnvironment(std::map<std::string, std::string> fixedValues) : values(std::move(fixedValues)) {}
-
-    std::optional<std::string> value(const std::string& name) const override {
-        const auto found = values.find(name);
-        return found == values.end() ? std::nullopt : std::optional(found->second);
-    }
-
-private:
-    std::map<std::string, std::string> values;
-};
-
-FixedEnvironment homeAt(const std::string& path) {
-    return FixedEnvironment({{"HOME", path}});
+VariableEnvironment homeAt(const std::string& path) {
+    return VariableEnvironment({{"HOME", path}});
 }
 
 PlatformError errorOfTrash(const std::string& path, const Environment& environment) {
-    try {
-        trashItem(path, environment);
-        return PlatformError("", 0, "");
-    } catch (const PlatformError& error) {
-        return error;
-    }
+    return errorOf([&] { trashItem(path, environment); });
 }
 
 // The names below the folder, folders left out.
@@ -100,22 +82,22 @@ TEST(Trash, TheHomeTrashKeepsItemAndOrigin) {
     fs::create_directory(directory.path("relative"));
     struct Row {
         const char* name;
-        FixedEnvironment environment;
+        VariableEnvironment environment;
         std::string trash;
     };
     const Row rows[] = {
         {"HOME alone", homeAt(directory.path("home")), "home/.local/share/Trash"},
-        {"XDG_DATA_HOME", FixedEnvironment({{"HOME", "/nowhere"}, {"XDG_DATA_HOME", directory.path("data")}}),
+        {"XDG_DATA_HOME", VariableEnvironment({{"HOME", "/nowhere"}, {"XDG_DATA_HOME", directory.path("data")}}),
          "data/Trash"},
         {"XDG_DATA_HOME must be absolute",
-         FixedEnvironment({{"HOME", directory.path("other")}, {"XDG_DATA_HOME", "relative"}}),
+         VariableEnvironment({{"HOME", directory.path("other")}, {"XDG_DATA_HOME", "relative"}}),
          "other/.local/share/Trash"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         const std::string item = directory.path("item \xff");
         writeFile(item + "/inner", "text");
-        const ItemPortrait before = portraitOf(item);
+        const DirectorySnapshot before = portraitOf(item);
         const std::time_t began = std::time(nullptr);
         trashItem(item, row.environment);
         EXPECT_EQ(portraitOf(directory.path(row.trash + "/files/item \xff")), before);
@@ -139,12 +121,8 @@ TEST(Trash, TheHomeTrashKeepsItemAndOrigin) {
 
 TEST(Trash, LinksAreTrashedAndNotFollowed) {
     const TemporaryDirectory directory;
-    writeFile(directory.path("kept"), "kept");
-    fs::create_directory(directory.path("folder"));
-    fs::create_symlink("folder", directory.path("way"));
-    fs::create_symlink("../kept", directory.path("folder/link"));
-    fs::create_symlink("nowhere", directory.path("folder/dangling"));
-    const FixedEnvironment environment = homeAt(directory.path("home"));
+    makeTree(directory.path(), "kept way>folder folder/link>../kept folder/dangling>nowhere");
+    const VariableEnvironment environment = homeAt(directory.path("home"));
     trashItem(directory.path("way/link"), environment);
     trashItem(directory.path("folder/dangling"), environment);
     const std::string trash = directory.path("home/.local/share/Trash");
@@ -157,7 +135,7 @@ TEST(Trash, LinksAreTrashedAndNotFollowed) {
 TEST(Trash, ATakenNameIsPassedOver) {
     const TemporaryDirectory directory;
     const std::string trash = directory.path("data/Trash");
-    const FixedEnvironment environment({{"XDG_DATA_HOME", directory.path("data")}});
+    const VariableEnvironment environment({{"XDG_DATA_HOME", directory.path("data")}});
     writeFile(trash + "/files/a.2.txt", "an item without information");
     writeFile(trash + "/info/a.3.txt.trashinfo", "information without an item");
     for (const char* text : {"first", "second"}) {
@@ -173,11 +151,9 @@ TEST(Trash, ATakenNameIsPassedOver) {
 
 TEST(Trash, RefusalsLeaveEverythingAsItWas) {
     const TemporaryDirectory directory;
-    writeFile(directory.path("home/.local/share/Trash/files/old"), "old");
-    fs::create_directories(directory.path("home/.local/share/Trash/info"));
-    fs::create_symlink("home/.local/share/Trash", directory.path("to trash"));
-    writeFile(directory.path("file"), "text");
-    writeFile(directory.path("fresh/file"), "text");
+    makeTree(directory.path(),
+             "home/.local/share/Trash/files/old home/.local/share/Trash/info/ file fresh/file "
+             "to-trash>home/.local/share/Trash");
     struct Row {
         const char* name;
         const char* item;
@@ -188,13 +164,13 @@ TEST(Trash, RefusalsLeaveEverythingAsItWas) {
     const Row rows[] = {
         {"nothing there", "missing", "home", ENOENT, "Trash: No such file or directory."},
         {"in the trash", "home/.local/share/Trash/files/old", "home", EINVAL, "the Trash"},
-        {"in the trash, by a link", "to trash/files/old", "home", EINVAL, "the Trash"},
+        {"in the trash, by a link", "to-trash/files/old", "home", EINVAL, "the Trash"},
         {"the trash", "home/.local/share/Trash", "home", EINVAL, "the Trash"},
         {"around the trash", "home", "home", EINVAL, "the Trash"},
         {"around the place of a trash that is not yet there", "fresh", "fresh/home", EINVAL, "the Trash"},
         {"a home that is none", "fresh", "file/home", ENOTDIR, "Cannot make the folder “"},
     };
-    const ItemPortrait before = portraitOf(directory.path());
+    const DirectorySnapshot before = portraitOf(directory.path());
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         const PlatformError error = errorOfTrash(directory.path(row.item), homeAt(directory.path(row.home)));
@@ -225,16 +201,11 @@ TEST(Trash, EachVolumeHasItsOwn) {
          [&](auto& top) {
              makeShared(top, 01777);
              fs::rename(top + "/.Trash", top + "/sticky");
-             fs::create_symlink("sticky", top + "/.Trash");
+             makeTree(top, ".Trash>sticky");
          },
          own},
         {"a file in the place", [&](auto& top) { writeFile(top + "/" + own, ""); }, "/"},
-        {"a link in the place",
-         [&](auto& top) {
-             fs::create_directory(top + "/elsewhere");
-             fs::create_symlink("elsewhere", top + "/" + own);
-         },
-         "/"},
+        {"a link in the place", [&](auto& top) { makeTree(top, "elsewhere/ " + own + ">elsewhere"); }, "/"},
         {"another's folder in the place",
          [&](auto& top) {
              fs::create_directory(top + "/" + own);

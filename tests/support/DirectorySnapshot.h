@@ -10,9 +10,7 @@
 #include <map>
 #include <string>
 
-// Everything that can be said about the entries of a directory, by name: type, mode, owner, file number, modification
-// date, extended attributes, and the bytes or the place where a link leads. Two snapshots are equal when nothing
-// happened to the directory in between. Subdirectories are included.
+// What can be said of a directory's entries and all below them, by relative path.
 using DirectorySnapshot = std::map<std::string, std::string>;
 
 inline std::string extendedAttributes(const std::string& path) {
@@ -29,13 +27,18 @@ inline std::string extendedAttributes(const std::string& path) {
     return text;
 }
 
-inline std::string describeEntry(const std::filesystem::path& path) {
+enum class Described {
+    asItself,   // with its file number; nothing happened to it while this stays the same
+    asItsCopies // in what a faithful copy shares with it, such as the times of directories
+};
+
+inline std::string describeEntry(const std::filesystem::path& path, Described described) {
     struct stat status {};
     if (::lstat(path.c_str(), &status) != 0) return "vanished";
     std::string text = "mode " + std::to_string(status.st_mode) + ", owner " + std::to_string(status.st_uid) + ":" +
-                       std::to_string(status.st_gid) + ", number " + std::to_string(status.st_ino) + ", attributes " +
-                       extendedAttributes(path);
-    if (!S_ISDIR(status.st_mode))
+                       std::to_string(status.st_gid) + ", attributes " + extendedAttributes(path);
+    if (described == Described::asItself) text += ", number " + std::to_string(status.st_ino);
+    if (described == Described::asItsCopies || !S_ISDIR(status.st_mode))
         text += ", time " + std::to_string(status.st_mtim.tv_sec) + "." + std::to_string(status.st_mtim.tv_nsec);
     if (S_ISLNK(status.st_mode)) text += ", to " + std::filesystem::read_symlink(path).string();
     if (S_ISREG(status.st_mode)) {
@@ -45,9 +48,19 @@ inline std::string describeEntry(const std::filesystem::path& path) {
     return text;
 }
 
-inline DirectorySnapshot snapshotOf(const std::string& directoryPath) {
+inline DirectorySnapshot snapshotOf(const std::string& directoryPath, Described described = Described::asItself) {
     DirectorySnapshot snapshot;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(directoryPath))
-        snapshot[entry.path().lexically_relative(directoryPath).string()] = describeEntry(entry.path());
+        snapshot[entry.path().lexically_relative(directoryPath).string()] = describeEntry(entry.path(), described);
     return snapshot;
+}
+
+// The item itself and all below it, as its copies are to be. Empty for a missing item.
+inline DirectorySnapshot portraitOf(const std::string& path) {
+    const auto status = std::filesystem::symlink_status(path);
+    if (!std::filesystem::exists(status)) return {};
+    DirectorySnapshot portrait;
+    if (std::filesystem::is_directory(status)) portrait = snapshotOf(path, Described::asItsCopies);
+    portrait[""] = describeEntry(path, Described::asItsCopies);
+    return portrait;
 }

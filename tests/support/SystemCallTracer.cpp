@@ -34,76 +34,28 @@ struct SystemCall {
 };
 
 const std::map<long, std::string>& fileCallNames() {
-    static const std::map<long, std::string> names = {
-        {SYS_openat, "openat"},
-        {SYS_close, "close"},
-        {SYS_read, "read"},
-        {SYS_pread64, "pread64"},
-        {SYS_write, "write"},
-        {SYS_pwrite64, "pwrite64"},
-        {SYS_lseek, "lseek"},
-        {SYS_fstat, "fstat"},
-        {SYS_statx, "statx"},
-        {SYS_statfs, "statfs"},
-        {SYS_fstatfs, "fstatfs"},
-        {SYS_readlinkat, "readlinkat"},
-        {SYS_faccessat, "faccessat"},
-        {SYS_faccessat2, "faccessat2"},
-        {SYS_getdents64, "getdents64"},
-        {SYS_linkat, "linkat"},
-        {SYS_symlinkat, "symlinkat"},
-        {SYS_unlinkat, "unlinkat"},
-        {SYS_renameat, "renameat"},
-        {SYS_renameat2, "renameat2"},
-        {SYS_mkdirat, "mkdirat"},
-        {SYS_mknodat, "mknodat"},
-        {SYS_fchmod, "fchmod"},
-        {SYS_fchmodat, "fchmodat"},
-        {SYS_fchown, "fchown"},
-        {SYS_fchownat, "fchownat"},
-        {SYS_utimensat, "utimensat"},
-        {SYS_ftruncate, "ftruncate"},
-        {SYS_fallocate, "fallocate"},
-        {SYS_copy_file_range, "copy_file_range"},
-        {SYS_sendfile, "sendfile"},
-        {SYS_fsync, "fsync"},
-        {SYS_fdatasync, "fdatasync"},
-        {SYS_syncfs, "syncfs"},
-        {SYS_flock, "flock"},
-        {SYS_fcntl, "fcntl"},
-        {SYS_ioctl, "ioctl"},
-        {SYS_dup, "dup"},
-        {SYS_getxattr, "getxattr"},
-        {SYS_lgetxattr, "lgetxattr"},
-        {SYS_fgetxattr, "fgetxattr"},
-        {SYS_setxattr, "setxattr"},
-        {SYS_lsetxattr, "lsetxattr"},
-        {SYS_fsetxattr, "fsetxattr"},
-        {SYS_listxattr, "listxattr"},
-        {SYS_llistxattr, "llistxattr"},
-        {SYS_flistxattr, "flistxattr"},
-        {SYS_removexattr, "removexattr"},
-        {SYS_lremovexattr, "lremovexattr"},
-        {SYS_fremovexattr, "fremovexattr"},
+#define NAMED(call) std::pair<const long, std::string>(SYS_##call, #call)
+    static const std::map<long, std::string> names = [] {
+        std::map<long, std::string> result{
+            NAMED(openat),     NAMED(close),      NAMED(read),        NAMED(pread64),      NAMED(write),
+            NAMED(pwrite64),   NAMED(lseek),      NAMED(fstat),       NAMED(statx),        NAMED(statfs),
+            NAMED(fstatfs),    NAMED(readlinkat), NAMED(faccessat),   NAMED(faccessat2),   NAMED(getdents64),
+            NAMED(linkat),     NAMED(symlinkat),  NAMED(unlinkat),    NAMED(renameat),     NAMED(renameat2),
+            NAMED(mkdirat),    NAMED(mknodat),    NAMED(fchmod),      NAMED(fchmodat),     NAMED(fchown),
+            NAMED(fchownat),   NAMED(utimensat),  NAMED(ftruncate),   NAMED(fallocate),    NAMED(copy_file_range),
+            NAMED(sendfile),   NAMED(fsync),      NAMED(fdatasync),   NAMED(syncfs),       NAMED(flock),
+            NAMED(fcntl),      NAMED(ioctl),      NAMED(dup),         NAMED(getxattr),     NAMED(lgetxattr),
+            NAMED(fgetxattr),  NAMED(setxattr),   NAMED(lsetxattr),   NAMED(fsetxattr),    NAMED(listxattr),
+            NAMED(llistxattr), NAMED(flistxattr), NAMED(removexattr), NAMED(lremovexattr), NAMED(fremovexattr)};
 #ifdef SYS_open
         // The older forms, which only some processors have.
-        {SYS_open, "open"},
-        {SYS_stat, "stat"},
-        {SYS_lstat, "lstat"},
-        {SYS_readlink, "readlink"},
-        {SYS_access, "access"},
-        {SYS_link, "link"},
-        {SYS_symlink, "symlink"},
-        {SYS_unlink, "unlink"},
-        {SYS_rename, "rename"},
-        {SYS_mkdir, "mkdir"},
-        {SYS_rmdir, "rmdir"},
-        {SYS_mknod, "mknod"},
-        {SYS_chmod, "chmod"},
-        {SYS_chown, "chown"},
-        {SYS_lchown, "lchown"},
+        result.insert({NAMED(open), NAMED(stat), NAMED(lstat), NAMED(readlink), NAMED(access), NAMED(link),
+                       NAMED(symlink), NAMED(unlink), NAMED(rename), NAMED(mkdir), NAMED(rmdir), NAMED(mknod),
+                       NAMED(chmod), NAMED(chown), NAMED(lchown)});
 #endif
-    };
+        return result;
+    }();
+#undef NAMED
     return names;
 }
 

@@ -45,15 +45,7 @@ std::string WorkspaceTest::relative(const std::string& path) const {
 }
 
 void WorkspaceTest::make(const std::string& words) const {
-    for (const std::string& word : wordsOf(words)) {
-        const auto arrow = word.find('>');
-        fs::create_directories(fs::path(path(word)).parent_path());
-        if (arrow != std::string::npos) {
-            fs::create_symlink(word.substr(arrow + 1), path(word.substr(0, arrow)));
-        } else if (!word.ends_with('/') && !word.ends_with("/.")) {
-            writeFile(path(word), word);
-        }
-    }
+    makeTree(root, words);
 }
 
 std::string WorkspaceTest::tree() const {
@@ -162,19 +154,11 @@ void WorkspaceTest::load(const std::string& directories) {
     }
 }
 
-WorkspaceTest::Lines WorkspaceTest::nodeIDs(const std::string& directory) {
-    const Envelopes envelopes = exchange({.command = Command::loadWorkspaceChildren, .path = directory});
-    Lines lines;
-    for (const auto& node : envelopes.at(0).workspaceDirectory.value().nodes)
-        lines.push_back(node.name + '=' + node.nodeID);
-    return lines;
-}
-
 std::string WorkspaceTest::nodeID(const std::string& itemPath) {
-    const std::string name = itemPath.substr(itemPath.rfind('/') + 1);
-    const std::string directory = name == itemPath ? "." : itemPath.substr(0, itemPath.size() - name.size() - 1);
-    for (const std::string& line : nodeIDs(directory)) {
-        if (line.starts_with(name + '=')) return line.substr(name.size() + 1);
+    const auto listing = exchange({.command = Command::loadWorkspaceChildren,
+                                   .path = relative(std::filesystem::path(path(itemPath)).parent_path())});
+    for (const auto& node : listing.at(0).workspaceDirectory.value().nodes) {
+        if (node.path == path(itemPath)) return node.nodeID;
     }
     ADD_FAILURE() << itemPath << " is not listed";
     return "";

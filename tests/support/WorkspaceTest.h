@@ -12,7 +12,7 @@ std::vector<std::string> wordsOf(const std::string& text);
 std::string joined(const std::vector<std::string>& texts, std::string_view separator = " ");
 
 // A workspace root on a real disk, and what the daemon says of it in short lines: paths are relative to the root, which
-// itself is ".". A tree is told in words: "a/" is a folder, "a/b" a file whose text is its path, "a>b" a link to b.
+// itself is ".". A tree is told in the words of makeTree.
 class WorkspaceTest : public testing::Test {
 protected:
     using Command = EditorDocumentRequestCommand;
@@ -40,8 +40,7 @@ protected:
     // Opens the root, then lists the directories named.
     void load(const std::string& directories = "");
 
-    // The IDs of a directory's children as the daemon lists them now, each as "name=ID".
-    Lines nodeIDs(const std::string& directory);
+    // Of an item as the daemon lists it now.
     std::string nodeID(const std::string& itemPath);
 
     // Opens a document and returns its ID.
