@@ -136,16 +136,6 @@ TEST_F(DocumentRequests, AFailedSaveTakesTheSharedFormAndLeavesTheDocument) {
     EXPECT_EQ(daemon.save(document.documentID, "two", 1).snapshot->version, 2);
 }
 
-TEST_F(DocumentRequests, SavingMakesMissingFoldersAndTakesThemBackWhenItFails) {
-    const auto document = opened("a/b/c.txt", "one");
-    std::filesystem::remove_all(path("a"));
-    daemon.fileManager->failCall(FileOperation::prepareReplacement, 1, PlatformError("POSIX", 28, "No space."));
-    EXPECT_EQ(daemon.save(document.documentID, "two", 1).success, false);
-    EXPECT_FALSE(std::filesystem::exists(path("a")));
-    EXPECT_EQ(daemon.save(document.documentID, "two", 1).success, true);
-    EXPECT_EQ(readFile(path("a/b/c.txt")), "two");
-}
-
 TEST_F(DocumentRequests, ADeletedFileIsToldOnceAndItsReturnOnce) {
     const auto document = opened("a.txt", "one");
     std::filesystem::remove(path("a.txt"));

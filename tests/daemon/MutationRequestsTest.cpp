@@ -24,20 +24,18 @@ protected:
     static Request createFolder(Field path = {}, Field name = {}) {
         return {.command = Command::createWorkspaceFolder, .path = path, .name = name};
     }
-    static Request rename(Field path = {}, Field destinationPath = {}) {
-        return {.command = Command::renameWorkspaceItem, .path = path, .destinationPath = destinationPath};
+    template <Command command>
+    static Request change(Field path = {}, Field destinationPath = {}) {
+        return {.command = command, .path = path, .destinationPath = destinationPath};
     }
-    static Request move(Field path = {}, Field destinationPath = {}) {
-        return {.command = Command::moveWorkspaceItem, .path = path, .destinationPath = destinationPath};
+    static Request rename(Field from = {}, Field to = {}) { return change<Command::renameWorkspaceItem>(from, to); }
+    static Request move(Field from = {}, Field to = {}) { return change<Command::moveWorkspaceItem>(from, to); }
+    static Request copy(Field from = {}, Field to = {}) { return change<Command::copyWorkspaceItem>(from, to); }
+    static Request duplicate(Field from = {}, Field to = {}) {
+        return change<Command::duplicateWorkspaceItem>(from, to);
     }
-    static Request copy(Field path = {}, Field destinationPath = {}) {
-        return {.command = Command::copyWorkspaceItem, .path = path, .destinationPath = destinationPath};
-    }
-    static Request duplicate(Field path = {}, Field destinationPath = {}) {
-        return {.command = Command::duplicateWorkspaceItem, .path = path, .destinationPath = destinationPath};
-    }
-    static Request trash(Field path = {}) { return {.command = Command::trashWorkspaceItem, .path = path}; }
-    static Request remove(Field path = {}) { return {.command = Command::deleteWorkspaceItem, .path = path}; }
+    static Request trash(Field path = {}) { return change<Command::trashWorkspaceItem>(path); }
+    static Request remove(Field path = {}) { return change<Command::deleteWorkspaceItem>(path); }
 
     // One request on a fresh tree. A word of it that ends with "/" is a folder that the client has expanded; one that
     // ends with "/." is not expanded.
@@ -78,18 +76,10 @@ TEST_F(MutationRequests, Creating) {
     const std::string outside = "failure: The selected path is outside the active project root.";
     check({
         {"no name", "", createFile(), "createdFile file > untitled (.); listing .: untitled", "untitled"},
-        {"taken names", "untitled untitled1>gone", createFile({}, " "),
-         "createdFile file > untitled2 (.); listing .: untitled untitled1 untitled2",
-         "untitled untitled1>gone untitled2"},
         {"beside a file", "a/ a/b.txt", createFile("a/b.txt", "b.txt"),
          "createdFile file > a/b1.txt (a); listing a: b.txt b1.txt", "a/ a/b.txt a/b1.txt"},
         {"missing folder is made", "", createFile("a/b/x", "c"), "createdFile file > a/b/c (a/b); listing .: a/",
          "a/ a/b/ a/b/c"},
-        {"last extension", "a.tar.gz", createFile({}, "a.tar.gz"),
-         "createdFile file > a.tar1.gz (.); listing .: a.tar.gz a.tar1.gz", "a.tar.gz a.tar1.gz"},
-        {"a slash keeps the last part", "d/.", createFile({}, "../x/y"), "createdFile file > y (.); listing .: d/ y",
-         "d/ y"},
-        {"dots are taken", "d/.", createFolder("d", ".."), "createdFolder folder > d/..1 (d/..1)", "d/ d/..1/"},
         {"bytes", "", createFolder({}, "\xE9"), "createdFolder folder > \xE9 (\xE9); listing .: \xE9/", "\xE9/"},
         {"hidden from listings", "", createFolder({}, ".logs"), "createdFolder folder > .logs (.logs)", ".logs/"},
         {"folder in an expanded one", "d/ d/e/", createFolder("d/e", "f"),
@@ -97,7 +87,6 @@ TEST_F(MutationRequests, Creating) {
         {"outside", "", createFile("../x"), outside, ""},
         {"blank path is the current directory", "", createFolder(" "), outside, ""},
         {"name too long", "", createFile({}, std::string(256, 'n')), "failure: Failed to create the file.", ""},
-        {"name with a NUL", "", createFile({}, "a\0b"s), "failure: Failed to create the file.", ""},
         {"below a file", "f", createFolder("f/x/y"),
          "failure: Cannot create the directory “./f/x/untitled”: Not a directory.", "f"},
     });
@@ -112,10 +101,8 @@ TEST_F(MutationRequests, RenamingMovingAndCopying) {
         {"folder to its own path", "a/ a/b", rename("a", "a"), "renamed folder a > a (a)", "a/ a/b"},
         {"into a folder", "d/ a", rename("a", "d"), "renamed file a > d/a (. d); listing .: d/; listing d: a",
          "d/ d/a"},
-        {"case alone", "a", rename("a", "A"), "renamed file a > A (.); listing .: A", "A"},
         {"missing folders", "a", rename("a", "x/y/z"), "renamed file a > x/y/z (. x/y); listing .: x/",
          "x/ x/y/ x/y/z"},
-        {"a link that leads nowhere", "l>gone", rename("l", "m"), "renamed file l > m (.); listing .: m", "m>gone"},
         {"a link to a folder", "d/f l>d", rename("l", "m"), "renamed file l > m (. m); listing .: d/ m", "d/ d/f m>d"},
         {"moved between expanded folders", "a/ b/ a/x b/y", move("a/x", "b"),
          "moved file a/x > b/x (a b); listing a:; listing b: x y", "a/ b/ b/x b/y"},
@@ -128,24 +115,14 @@ TEST_F(MutationRequests, RenamingMovingAndCopying) {
         {"copied file", "d/ a", copy("a", "d"), "copied file a > d/a (. d); listing d: a", "a d/ d/a"},
         {"copied folder", "a/ c/ a/b", copy("a", "c/d"), "copied folder a > c/d (a c/d); listing c: d/",
          "a/ a/b c/ c/d/ c/d/b"},
-        {"copied link", "l>gone", copy("l", "x/m"), "copied file l > x/m (. x); listing .: x/ l", "l>gone x/ x/m>gone"},
+        {"link copied into the folder it leads to", "d/ l>d", copy("l", "d"), "copied file l > d/l (d l); listing d: l",
+         "d/ d/l>d l>d"},
         {"duplicate", "notes.txt", duplicate("notes.txt", " "),
          "duplicated file notes.txt > notes copy.txt (.); listing .: notes copy.txt notes.txt",
          "notes copy.txt notes.txt"},
-        {"duplicate of a folder", "a.b/c", duplicate("a.b"),
-         "duplicated folder a.b > a copy.b (a copy.b a.b); listing .: a copy.b/ a.b/",
-         "a copy.b/ a copy.b/c a.b/ a.b/c"},
-        {"duplicate to a place", "a", duplicate("a", "b"), "duplicated file a > b (.); listing .: a b", "a b"},
         {"bytes", "\xFF", rename("\xFF", "\xFE\xC3\xA9"), "renamed file \xFF > \xFE\u00E9 (.); listing .: \xFE\u00E9",
          "\xFE\u00E9"},
     });
-}
-
-TEST_F(MutationRequests, DuplicatingAgainCountsOn) {
-    make("x");
-    for (const char* expected : {"x copy", "x copy 2", "x copy 3"}) {
-        EXPECT_EQ(send(duplicate("x")), Lines{"duplicated file x > "s + expected + " (.)"});
-    }
 }
 
 TEST_F(MutationRequests, Refusals) {
@@ -249,9 +226,10 @@ TEST_F(MutationRequests, ADestinationTakenInTheLastMomentIsNotOverwritten) {
         fs::create_directory(root);
         make("a");
         load();
-        const std::string document = openDocument("a");
+        const std::string document = openDocument("a"), node = nodeID("a");
         beforeNext(row.operation, [&] { make(row.place); });
         EXPECT_EQ(send(row.request), row.lines);
+        EXPECT_EQ(nodeID("a"), node);
         EXPECT_EQ(readFile(path("a")), "a");
         EXPECT_EQ(readFile(path(row.place)), row.place) << "the other program's file";
         EXPECT_EQ(daemon.save(document, "a", 1).snapshot.value().path, path("a"));
@@ -259,44 +237,11 @@ TEST_F(MutationRequests, ADestinationTakenInTheLastMomentIsNotOverwritten) {
     }
 }
 
-TEST_F(MutationRequests, AFailureHalfWayLeavesStateAsItWas) {
-    const Lines failed = {"failure: No space."};
-    const struct {
-        const char* name;
-        Request request;
-        FileOperation operation;
-        std::string after;
-    } cases[] = {
-        {"file", createFile("n/m"), FileOperation::createDirectory, "d/ d/f"},
-        {"folder", createFolder(), FileOperation::createDirectory, "d/ d/f"},
-        {"rename", rename("d", "n"), FileOperation::moveItem, "d/ d/f"},
-        {"move keeps the folder that was made for it", move("d", "n/d"), FileOperation::moveItem, "d/ d/f n/"},
-        {"copy", copy("d", "m"), FileOperation::copyItem, "d/ d/f n/"},
-        {"duplicate", duplicate("d"), FileOperation::copyItem, "d/ d/f n/"},
-        {"trash", trash("d"), FileOperation::trashItem, "d/ d/f n/"},
-        {"delete", remove("d"), FileOperation::removeItem, "d/ d/f n/"},
-    };
-    make("d/f");
-    load("d");
-    const std::string document = openDocument("d/f");
-    const std::string folderID = nodeID("d");
-    const std::string fileID = nodeID("d/f");
-    for (const auto& row : cases) {
-        beforeNext(row.operation, [] { throw PlatformError("POSIX", 28, "No space."); });
-        EXPECT_EQ(send(row.request), failed) << row.name;
-        EXPECT_EQ(tree(), row.after) << row.name;
-        EXPECT_EQ(daemon.checkDocument(document), Envelopes{}) << row.name;
-    }
-    EXPECT_EQ(std::pair(nodeID("d"), nodeID("d/f")), std::pair(folderID, fileID));
-    EXPECT_EQ(daemon.save(document, "text", 1).snapshot.value().path, path("d/f"));
-}
-
 TEST_F(MutationRequests, RemovingTellsOfTheItemFromWhatWasListed) {
     check({
         {"trash a folder", "d/ d/e/ d/e/f g", trash("d"), "trashed folder d (.); listing .: g", "g"},
         {"trash what was never listed", "d/e", trash("d/e"), "trashed d/e (d)", "d/"},
         {"delete a link that leads nowhere", "l>gone", remove("l"), "deleted file l (.); listing .:", ""},
-        {"delete a link, not what it leads to", "d/f l>d", remove("l"), "deleted file l (.); listing .: d/", "d/ d/f"},
         {"delete in an expanded folder", "d/ d/e/ d/e/f", remove("d/e/f"),
          "deleted file d/e/f (d/e); listing d/e:", "d/ d/e/"},
         {"delete the root", "d/ d/f", remove("."),
@@ -354,21 +299,15 @@ TEST_F(MutationRequests, ThePayloadCarriesTheNodeIDOfTheListing) {
     load();
     const std::string file = nodeID("a");
     const std::string folder = nodeID("d");
-    const struct {
-        Request request;
-        std::string nodeID;
-    } cases[] = {
-        {rename("a", "b"), file},
-        {move("b", "d"), file},
-        {rename("d", "e"), folder},
-        {trash("e"), folder},
+    const std::pair<Request, std::string> cases[] = {
+        {rename(path("a"), path("b")), file},
+        {move(path("b"), path("d")), file},
+        {rename(path("d"), path("e")), folder},
+        {trash(path("e")), folder},
     };
-    for (auto row : cases) {
-        row.request.rootPath = root;
-        for (auto* field : {&row.request.path, &row.request.destinationPath}) {
-            if (*field) *field = path(**field);
-        }
-        EXPECT_EQ(daemon.send(row.request).workspaceMutation.value().itemNodeID, row.nodeID);
+    for (auto [request, nodeID] : cases) {
+        request.rootPath = root;
+        EXPECT_EQ(daemon.send(request).workspaceMutation.value().itemNodeID, nodeID);
     }
 }
 

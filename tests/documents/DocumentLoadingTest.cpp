@@ -1,17 +1,15 @@
 #include "documents/DocumentLoading.h"
 
 #include <gtest/gtest.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <filesystem>
 
-#include "platform/PlatformError.h"
 #include "platform/linux/LinuxEnvironment.h"
 #include "platform/linux/files/LinuxFileManager.h"
 #include "platform/linux/text/ICUTextCoding.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -23,12 +21,7 @@ class DocumentLoading : public testing::Test {
 protected:
     // The description of the refusal; empty when the file loads.
     std::string refusal(const std::string& name) const {
-        try {
-            loadDocument(directory.path(name), fileManager, textCoding);
-        } catch (const PlatformError& error) {
-            return error.localizedDescription;
-        }
-        return "";
+        return errorOf([&] { loadDocument(directory.path(name), fileManager, textCoding); }).localizedDescription;
     }
 
     LinuxEnvironment environment;
@@ -38,11 +31,7 @@ protected:
 };
 
 TEST_F(DocumentLoading, RefusesInTheOrderOfTheChecks) {
-    std::filesystem::create_directory(directory.path("folder"));
-    ::mkfifo(directory.path("fifo").c_str(), 0600);
-    std::filesystem::create_symlink("/dev/null", directory.path("device"));
-    std::filesystem::create_symlink("fifo", directory.path("link to fifo"));
-    std::filesystem::create_symlink("nowhere", directory.path("dangling"));
+    makeTree(directory.path(), "folder/ fifo| device>/dev/null link-to-fifo>fifo dangling>nowhere");
     writeFile(directory.path("limit"), std::string(8'388'608, 'a'));
     writeFile(directory.path("one more"), std::string(8'388'609, 'a'));
     writeFile(directory.path("sparse"), "");
@@ -62,7 +51,7 @@ TEST_F(DocumentLoading, RefusesInTheOrderOfTheChecks) {
         {"limit/below", "The file could not be found."},
         {"folder", notRegular},
         {"fifo", notRegular},
-        {"link to fifo", notRegular},
+        {"link-to-fifo", notRegular},
         {"device", notRegular},
         {"limit", ""},
         {"one more", "This file is too large for the in-app editor (8.0 MB > 8.0 MB)."},

@@ -7,16 +7,12 @@ namespace {
 using Style = EditorDocumentNewlineStyle;
 
 TEST(NewlineStyle, DetectsByPrecedence) {
-    const struct {
-        std::string text;
-        Style style;
-    } cases[] = {
+    const std::pair<std::string, Style> cases[] = {
         {"", Style::lf},     {"a", Style::lf},           {"a\nb", Style::lf},    {"a\r\nb\nc", Style::crlf},
         {"a\rb", Style::cr}, {"a\rb\r\nc", Style::crlf}, {"a\rb\nc", Style::cr}, {"a\n\rb", Style::cr},
         {"a\r", Style::cr},  {"\u2028", Style::lf},
     };
-    for (const auto& row : cases)
-        EXPECT_EQ(detectNewlineStyle(row.text), row.style) << testing::PrintToString(row.text);
+    for (const auto& [text, style] : cases) EXPECT_EQ(detectNewlineStyle(text), style) << testing::PrintToString(text);
 }
 
 TEST(NewlineStyle, ConvertsEveryLineEnd) {

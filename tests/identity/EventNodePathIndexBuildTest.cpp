@@ -87,11 +87,7 @@ TEST_F(EventNodePathIndexBuild, HoldsEveryItem) {
                       "");
         }
     }
-    writeFile(root.path(".hidden/.git/config"), "");
-    std::filesystem::create_directory(root.path("empty"));
-    std::filesystem::create_directory_symlink(root.path(), root.path("1/loop"));
-    std::filesystem::create_symlink("none", root.path("dangling"));
-    ASSERT_EQ(::mkfifo(root.path("fifo").c_str(), 0600), 0);
+    makeTree(root.path(), ".hidden/.git/config empty/ dangling>none fifo| 1/loop>" + root.path());
     EXPECT_EQ(built(root.path()), expected(root.path()));
 
     // Unfinished temporaries are nobody's items.
@@ -101,17 +97,14 @@ TEST_F(EventNodePathIndexBuild, HoldsEveryItem) {
 }
 
 TEST_F(EventNodePathIndexBuild, RootThatIsNoDirectory) {
-    writeFile(root.path("file"), "");
-    writeFile(root.path("folder/a"), "");
-    std::filesystem::create_directory_symlink("folder", root.path("link"));
+    makeTree(root.path(), "file folder/a link>folder");
     EXPECT_EQ(built(root.path("none")), Map{});
     EXPECT_EQ(built(root.path("file")), (Map{{*eventNodeIDHint(root.path("file"), disk), root.path("file")}}));
     EXPECT_EQ(built(root.path("link")), expected(root.path("link")));
 }
 
 TEST_F(EventNodePathIndexBuild, PassesOverUnreadableDirectories) {
-    writeFile(root.path("a/closed/inside"), "");
-    writeFile(root.path("b/open"), "");
+    makeTree(root.path(), "a/closed/inside b/open");
     const Map all = built(root.path());
     ASSERT_EQ(::chmod(root.path().c_str(), 0755), 0);
     ASSERT_EQ(::chmod(root.path("a/closed").c_str(), 0), 0);
@@ -126,20 +119,18 @@ TEST_F(EventNodePathIndexBuild, PassesOverUnreadableDirectories) {
 }
 
 TEST_F(EventNodePathIndexBuild, AsksWhereAMountHidesTheNumber) {
-    writeFile(root.path("a/covered"), "");
-    writeFile(root.path("elsewhere"), "");
+    makeTree(root.path(), "a/covered elsewhere link-to-a>a");
     const MountedDisk mounted(root.path("a/mount ed"));
     if (!mounted.reason.empty()) GTEST_SKIP() << mounted.reason;
     writeFile(root.path("a/mount ed/b/c"), "");
     ASSERT_EQ(::mount(root.path("elsewhere").c_str(), root.path("a/covered").c_str(), nullptr, MS_BIND, nullptr), 0);
-    std::filesystem::create_directory_symlink(root.path("a"), root.path("link to a"));
     const auto numberAt = [](const Map& map, const std::string& path) {
         for (const auto& [hint, itemPath] : map) {
             if (itemPath == path) return hint;
         }
         return std::string();
     };
-    for (const std::string& path : {root.path("a"), root.path("link to a")}) {
+    for (const std::string& path : {root.path("a"), root.path("link-to-a")}) {
         const Map map = built(path);
         for (const char* name : {"/mount ed", "/mount ed/b", "/covered"}) {
             EXPECT_EQ(numberAt(map, path + name), eventNodeIDHint(path + name, disk)) << path << name;
@@ -174,7 +165,7 @@ TEST_F(EventNodePathIndexBuild, NeitherDepthNorDescriptorsEndIt) {
 
 // The item that a step of the walk stands in is moved elsewhere, so that ".." leads astray.
 TEST_F(EventNodePathIndexBuild, AWalkFindsBackWhenItsDirectoryIsMoved) {
-    for (const char* name : {"a/b/c/x", "a/d/y", "other/z"}) writeFile(root.path(name), "");
+    makeTree(root.path(), "a/b/c/x a/d/y other/z");
     const auto walk = walking.walk(root.path(), FollowLinks::yes);
     for (const char* name : {"a", "b", "c"}) ASSERT_TRUE(walk->enter(name));
     std::string deep;
@@ -196,10 +187,7 @@ TEST_F(EventNodePathIndexBuild, AWalkFindsBackWhenItsDirectoryIsMoved) {
 TEST_F(EventNodePathIndexBuild, Subtree) {
     writeFile(root.path("w/a/old"), "");
     EventNodePathIndex index = buildWorkspaceEventNodePathIndex(root.path("w"), walking, disk);
-    writeFile(root.path("w/a/b/c"), "");
-    writeFile(root.path("w/file"), "");
-    writeFile(root.path("outside/x"), "");
-    std::filesystem::create_directory_symlink(root.path("outside"), root.path("w/link"));
+    makeTree(root.path(), "w/a/b/c w/file outside/x w/link>../outside");
     for (const char* name : {"w/a", "w/file", "w/link", "w/none", "outside"}) {
         indexWorkspaceEventNodePathSubtree(root.path(name), index, walking, disk);
     }

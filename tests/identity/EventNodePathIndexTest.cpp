@@ -58,51 +58,6 @@ struct PlainIndex {
     }
 };
 
-TEST(EventNodePathIndex, Remap) {
-    const Map before{{"number:1", "/w/a"}, {"number:2", "/w/a/x"}, {"number:3", "/w/a/x/y"}, {"number:4", "/w/ab"}};
-    const struct {
-        const char* name;
-        const char* from;
-        const char* to;
-        Map after;
-    } cases[] = {
-        {"directory",
-         "/w/a",
-         "/w/b",
-         {{"number:1", "/w/b"}, {"number:2", "/w/b/x"}, {"number:3", "/w/b/x/y"}, {"number:4", "/w/ab"}}},
-        {"onto a known path",
-         "/w/a/x",
-         "/w/ab",
-         {{"number:1", "/w/a"}, {"number:2", "/w/ab"}, {"number:3", "/w/ab/y"}, {"number:4", "/w/ab"}}},
-        {"into itself",
-         "/w/a",
-         "/w/a/x/z",
-         {{"number:1", "/w/a/x/z"}, {"number:2", "/w/a/x/z/x"}, {"number:3", "/w/a/x/z/x/y"}, {"number:4", "/w/ab"}}},
-        {"out of itself",
-         "/w/a/x",
-         "/w/a",
-         {{"number:1", "/w/a"}, {"number:2", "/w/a"}, {"number:3", "/w/a/y"}, {"number:4", "/w/ab"}}},
-        {"up to the root",
-         "/w/a",
-         "/w",
-         {{"number:1", "/w"}, {"number:2", "/w/x"}, {"number:3", "/w/x/y"}, {"number:4", "/w/ab"}}},
-        {"the root itself",
-         "/w/",
-         "/w/r",
-         {{"number:1", "/w/r/a"}, {"number:2", "/w/r/a/x"}, {"number:3", "/w/r/a/x/y"}, {"number:4", "/w/r/ab"}}},
-        {"out of the root", "/w/a", "/elsewhere/a", {{"number:4", "/w/ab"}}},
-        {"of something above the root", "/", "/w", {}},
-        {"of nothing", "/w/none", "/w/b", before},
-        {"to the same place", "/w/a/", "/w/a", before},
-    };
-    for (const auto& row : cases) {
-        EventNodePathIndex index = indexOf("/w", before);
-        index.remap(row.from, row.to);
-        EXPECT_EQ(contents(index), row.after) << row.name;
-        EXPECT_EQ(index.size(), row.after.size()) << row.name;
-    }
-}
-
 TEST(EventNodePathIndex, HintsAreComparedAsTextAndNotByValue) {
     const Map map{{"number:0", "/a"},
                   {"number:7", "/b"},

@@ -31,18 +31,6 @@ protected:
     StableNodeIDTable table;
 };
 
-TEST_F(StableNodeIDTableTest, ANameKeepsItsIDWhateverFileIsThere) {
-    const std::string id = seen("/w/a", 1);
-    EXPECT_EQ(id, file(1).nodeID());
-    EXPECT_EQ(seen("/w/a", 2), id);
-
-    // The backup of the old file is another item, and the new file still takes the name's ID along when it is renamed.
-    EXPECT_NE(seen("/w/a~", 1), id);
-    gone("/w/a");
-    EXPECT_EQ(seen("/w/b", 2), id);
-    EXPECT_EQ(table.size(), 2U);
-}
-
 TEST_F(StableNodeIDTableTest, AHardLinkHasAnIDOfItsOwn) {
     std::set<std::string> ids;
     for (int link = 0; link < 10; ++link) ids.insert(seen("/w/link" + std::to_string(link), 1));
@@ -56,21 +44,6 @@ TEST_F(StableNodeIDTableTest, AnItemWithNumbersOnlyIsTreatedAlike) {
     EXPECT_EQ(seen("/w/a", StableNodeKey(3, 14)), "inode:3:14");
     EXPECT_NE(seen("/w/b", StableNodeKey(3, 14)), "inode:3:14");
     EXPECT_EQ(seen("/w/a", StableNodeKey(3, 15)), "inode:3:14");
-}
-
-TEST_F(StableNodeIDTableTest, CarryTakesAllBelowAlongButForNamesThatAreKnown) {
-    const std::string directory = seen("/w/a", 1);
-    const std::string child = seen("/w/a/x", 2);
-    const std::string below = seen("/w/a/d/y", 3);
-    const std::string neighbour = seen("/w/ab", 4);
-    const std::string known = seen("/v/b/x", 5);
-    table.carry("/w/a", "/v/b");
-    EXPECT_EQ(seen("/v/b", 11), directory);
-    EXPECT_EQ(seen("/v/b/x", 12), known);
-    EXPECT_EQ(seen("/v/b/d/y", 13), below);
-    EXPECT_EQ(seen("/w/ab", 14), neighbour);
-    EXPECT_EQ(table.size(), 4U);
-    EXPECT_EQ(seen("/w/new", 2), child) << "its ID was given up and is free again";
 }
 
 TEST_F(StableNodeIDTableTest, ClosingARootKeepsWhatAnotherOneCovers) {

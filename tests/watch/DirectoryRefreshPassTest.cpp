@@ -26,18 +26,6 @@ protected:
     }
 };
 
-TEST_F(DirectoryRefresh, TellsOfListingsThatChanged) {
-    make("a/b/c d/e");
-    load("a a/b d");
-    EXPECT_EQ(refresh("a/b"), Lines{});
-    make("a/b/new d/new");
-    EXPECT_EQ(refresh("a/b"), Lines{"listing a/b: c new"}) << "d is not on the way";
-    EXPECT_EQ(refresh("a/b"), Lines{});
-    fs::remove(path("d/e"));
-    make("f");
-    EXPECT_EQ(refresh("d"), (Lines{"listing .: a/ d/ f", "listing d: new"}));
-}
-
 TEST_F(DirectoryRefresh, ARenamedFolderTakesItsExpandedFoldersAlong) {
     make("a/b/c/f a/g h/");
     load("a a/b a/b/c");
@@ -51,19 +39,6 @@ TEST_F(DirectoryRefresh, ARenamedFolderTakesItsExpandedFoldersAlong) {
     renameOutside("x", "h/y");
     EXPECT_EQ(refresh(), Lines{"listing .: h/"}) << "nothing that is listed shows where it went";
     EXPECT_EQ(nodeID("h/y"), folder);
-}
-
-TEST_F(DirectoryRefresh, DocumentsGoAlongBeforeTheListings) {
-    make("a/b/f a/g c");
-    load("a a/b");
-    const std::string inner = openDocument("a/b/f");
-    openDocument("a/g");
-    openDocument("c");
-    renameOutside("a", "x");
-    renameOutside("c", "d");
-    EXPECT_EQ(refresh(), (Lines{"updated x/b/f", "updated x/g", "listing .: x/ d", "listing x: b/ g", "listing x/b: f",
-                                "updated d"}));
-    EXPECT_EQ(daemon.save(inner, "text", 2).snapshot.value().path, path("x/b/f"));
 }
 
 TEST_F(DirectoryRefresh, DocumentsStayWhereAnotherItemOrNoFileIs) {
@@ -171,17 +146,6 @@ TEST_F(DirectoryRefresh, AMissingFolderIsGivenUpAfterItsAncestorWasListed) {
     EXPECT_EQ(refresh("a"), Lines{"listing a: z/"});
 }
 
-TEST_F(DirectoryRefresh, ALostRootIsToldOnceAndClosed) {
-    make("a/b");
-    load("a");
-    const int asked = daemon.fileManager->callCount(FileOperation::isDirectory);
-    daemon.fileManager->beforeCall(FileOperation::isDirectory, asked + 4, [this] { fs::rename(root, root + "2"); });
-    EXPECT_EQ(refresh("a/b"), Lines{"workspaceRootUnavailable: The requested directory is unavailable."});
-    fs::rename(root + "2", root);
-    make("c");
-    EXPECT_EQ(refresh("a"), Lines{}) << "the root is no longer open";
-}
-
 // The inference from listings, which only changes seen from outside ask for.
 class ExternalMutations : public WorkspaceTest {
 protected:
@@ -247,17 +211,6 @@ TEST_F(ExternalMutations, OfOneDirectory) {
         EXPECT_EQ(told, row.told) << row.name;
         EXPECT_EQ(heldBack, row.heldBack) << row.name;
     }
-}
-
-TEST_F(ExternalMutations, KeysTellKindsAndPlacesApart) {
-    using Payload = WorkspaceBrowserMutationPayload;
-    EXPECT_EQ(workspaceMutationKey(Payload{.origin = WorkspaceBrowserMutationOrigin::externalWatch,
-                                           .kind = WorkspaceBrowserMutationKind::moved,
-                                           .sourcePath = "/w/a",
-                                           .destinationPath = "/w/b"}),
-              "externalWatch|moved|/w/a|/w/b");
-    EXPECT_EQ(workspaceMutationKey(Payload{.kind = WorkspaceBrowserMutationKind::createdFile}),
-              "internalOperation|createdFile||");
 }
 
 TEST_F(ExternalMutations, ThePassComparesWithTheStateBeforeIt) {

@@ -2,15 +2,25 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "tests/support/WorkspaceTest.h"
 
 namespace {
 
 using Kind = WorkspaceWatchEventKind;
 
-class RefreshKeys : public WorkspaceTest {};
+class RefreshKeys : public WorkspaceTest {
+protected:
+    std::string keys(const std::string& loaded, const WorkspaceWatchEvent& event) const {
+        ManagedWorkspace workspace(root);
+        for (const auto& directory : wordsOf(loaded)) workspace.loadedDirectoryPaths.insert(path(directory));
+        Lines keys;
+        for (const auto& key : refreshKeys(workspace, event, *daemon.fileManager)) {
+            EXPECT_EQ(key.rootPath, root);
+            keys.push_back(relative(key.directoryPath));
+        }
+        return joined(keys);
+    }
+};
 
 TEST_F(RefreshKeys, AncestorsEndWithTheRoot) {
     const struct {
@@ -60,22 +70,14 @@ TEST_F(RefreshKeys, OfEveryKindOfEvent) {
         {"ignored at the other end", all, Kind::itemRenamed, "a/x", ".logs/x", ""},
     };
     for (const auto& row : cases) {
-        ManagedWorkspace workspace(root);
-        for (const auto& directory : wordsOf(row.loaded)) workspace.loadedDirectoryPaths.insert(path(directory));
         WorkspaceWatchEvent event{.rootPath = root, .path = path(row.path), .kind = row.kind};
         if (row.relatedPath) event.relatedPath = path(*row.relatedPath);
-        Lines keys;
-        for (const auto& key : refreshKeys(workspace, event, *daemon.fileManager)) {
-            EXPECT_EQ(key.rootPath, root);
-            keys.push_back(relative(key.directoryPath));
-        }
-        EXPECT_EQ(joined(keys), row.keys) << row.name;
+        EXPECT_EQ(keys(row.loaded, event), row.keys) << row.name;
     }
 }
 
 TEST_F(RefreshKeys, TheDiskIsAskedWhereTheEventDoesNotTell) {
-    make("a/b/");
-    std::filesystem::create_directory_symlink("a", path("l"));
+    make("a/b/ l>a");
     const struct {
         const char* name;
         Kind kind;
@@ -89,15 +91,9 @@ TEST_F(RefreshKeys, TheDiskIsAskedWhereTheEventDoesNotTell) {
         {"what came after the file that went", Kind::itemRemoved, "a/b", true, ". a a/b"},
     };
     for (const auto& row : cases) {
-        ManagedWorkspace workspace(root);
-        for (const char* directory : {".", "a", "a/b", "l"}) workspace.loadedDirectoryPaths.insert(path(directory));
-        Lines keys;
         const WorkspaceWatchEvent event{
             .rootPath = root, .path = path(row.path), .kind = row.kind, .isRegularFile = row.isRegularFile};
-        for (const auto& key : refreshKeys(workspace, event, *daemon.fileManager)) {
-            keys.push_back(relative(key.directoryPath));
-        }
-        EXPECT_EQ(joined(keys), row.keys) << row.name;
+        EXPECT_EQ(keys(". a a/b l", event), row.keys) << row.name;
     }
 }
 

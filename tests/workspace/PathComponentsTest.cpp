@@ -7,10 +7,7 @@ namespace {
 using namespace std::string_literals;
 
 TEST(PathComponents, Standardized) {
-    const struct {
-        std::string path;
-        std::string standardized;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"/", "/"},
         {"//", "/"},
         {"//a//b", "/a/b"},
@@ -28,7 +25,7 @@ TEST(PathComponents, Standardized) {
         {"/..", "/"},
         {"/a//../b/.", "/b"},
     };
-    for (const auto& row : cases) EXPECT_EQ(standardizedPath(row.path), row.standardized) << row.path;
+    for (const auto& [path, standardized] : cases) EXPECT_EQ(standardizedPath(path), standardized) << path;
 }
 
 TEST(PathComponents, AtOrWithin) {

@@ -4,41 +4,28 @@
 
 #include <filesystem>
 
-#include "platform/PlatformError.h"
-#include "platform/linux/LinuxEnvironment.h"
 #include "platform/linux/files/LinuxFileManager.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/support/VariableEnvironment.h"
 
 namespace {
 
 using namespace std::string_literals;
-
-class HomeEnvironment final : public Environment {
-public:
-    std::optional<std::string> value(const std::string& name) const override {
-        return name == "HOME" ? std::optional("/home/me"s) : std::nullopt;
-    }
-};
 
 class WorkspacePathRules : public testing::Test {
 protected:
     std::string path(const std::string& relativePath) const { return directory.path(relativePath); }
     const std::string& root() const { return directory.path(); }
 
-    // The code of the error that the action throws; zero when it throws none.
-    template <typename Action>
-    static std::int64_t errorCode(Action action) {
-        try {
-            action();
-        } catch (const PlatformError& error) {
-            EXPECT_EQ(error.domain, "EditorDocumentDaemon");
-            return error.code;
-        }
-        return 0;
+    static std::int64_t errorCode(const std::function<void()>& action) {
+        const PlatformError error = errorOf(action);
+        EXPECT_EQ(error.domain, error.code == 0 ? "" : "EditorDocumentDaemon");
+        return error.code;
     }
 
-    HomeEnvironment environment;
+    VariableEnvironment environment{{{"HOME", "/home/me"}}};
     LinuxFileManager fileManager{environment};
     TemporaryDirectory directory;
 };
@@ -46,10 +33,7 @@ protected:
 TEST_F(WorkspacePathRules, NormalizedPath) {
     const std::string here = std::filesystem::current_path();
     const std::string rootsHome = fileManager.homeDirectoryPath("root").value();
-    const struct {
-        std::string path;
-        std::string normalized;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"~", "/home/me"},
         {"~/x/", "/home/me/x"},
         {"~/../y", "/home/y"},
@@ -62,7 +46,7 @@ TEST_F(WorkspacePathRules, NormalizedPath) {
         {"/a/./b/../c", "/a/c"},
         {"/", "/"},
     };
-    for (const auto& row : cases) EXPECT_EQ(normalizedPath(row.path, fileManager), row.normalized) << row.path;
+    for (const auto& [path, normalized] : cases) EXPECT_EQ(normalizedPath(path, fileManager), normalized) << path;
 }
 
 TEST_F(WorkspacePathRules, FieldsThatAreMissing) {
@@ -100,14 +84,8 @@ TEST_F(WorkspacePathRules, CreationAnchor) {
 }
 
 TEST_F(WorkspacePathRules, UniqueCreationPath) {
-    for (const char* taken : {"untitled", "untitled1", "a.tar.gz", "notes.txt", "notes1.txt", ".env"}) {
-        writeFile(path(taken), "");
-    }
-    std::filesystem::create_symlink("nowhere", path("link"));
-    const struct {
-        std::string proposedName;
-        std::string name;
-    } cases[] = {
+    makeTree(root(), "untitled untitled1 a.tar.gz notes.txt notes1.txt .env link>nowhere");
+    const std::pair<std::string, std::string> cases[] = {
         {"free.txt", "free.txt"},
         {" \n", "untitled2"},
         {"a.tar.gz", "a.tar1.gz"},
@@ -118,9 +96,8 @@ TEST_F(WorkspacePathRules, UniqueCreationPath) {
         {"sub/x.md", "x.md"},
         {"\xFF.txt", "\xFF.txt"},
     };
-    for (const auto& row : cases) {
-        EXPECT_EQ(uniqueCreationPath(root(), row.proposedName, fileManager), path(row.name)) << row.proposedName;
-    }
+    for (const auto& [proposed, name] : cases)
+        EXPECT_EQ(uniqueCreationPath(root(), proposed, fileManager), path(name)) << proposed;
     // In a folder that is still to be made, "." and ".." are as little free as in any other.
     EXPECT_EQ(uniqueCreationPath(path("missing"), ".", fileManager), path("missing/.1"));
     EXPECT_EQ(uniqueCreationPath(path("missing"), "..", fileManager), path("missing/..1"));
@@ -136,8 +113,7 @@ TEST_F(WorkspacePathRules, UniqueDuplicatePath) {
 }
 
 TEST_F(WorkspacePathRules, ResolvedDestinationPath) {
-    writeFile(path("a/x.txt"), "");
-    std::filesystem::create_directory(path("b"));
+    makeTree(root(), "a/x.txt b/");
     const auto resolved = [&](const std::string& destination, const std::string& source, SourceWithinRoot within) {
         return resolvedDestinationPath({.destinationPath = destination}, source, root(), within, fileManager);
     };
