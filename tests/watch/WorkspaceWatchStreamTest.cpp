@@ -313,14 +313,6 @@ TEST(WorkspaceWatchStream, AMissingRootThatCameBeforeTheRootsChangedIsToldAllThe
     EXPECT_EQ(watching.take(), Lines{});
 }
 
-TEST(WorkspaceWatchStream, ARootThatIsMissedBeforeTheStreamTellsIsToldAsLost) {
-    Watching watching;
-    tell(watching, "have w/x v/x; roots v w; lose w; roots v w; wait 0");
-    EXPECT_EQ(watching.take(), Lines{"w: rootChanged w"});
-    tell(watching, "roots v w; wait 0");
-    EXPECT_EQ(watching.take(), Lines{});
-}
-
 TEST(WorkspaceWatchStream, NothingComesAfterCancelling) {
     Watching watching;
     tell(watching, "have w/x; roots w gone; send w/a 10800 5");
