@@ -1,7 +1,5 @@
 #pragma once
 
-#include <sys/ioctl.h>
-
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
@@ -22,8 +20,8 @@
 class WatchedTree {
 public:
     explicit WatchedTree(std::unique_ptr<LinuxWatchSystem> system = std::make_unique<LinuxWatchSystem>(),
-                         std::size_t byteLimit = InotifyReader::usualLimit, DeliveryPolicy policy = {})
-        : inotify(system->inotifyDescriptor()), source(std::move(system), byteLimit, policy) {}
+                         std::size_t byteLimit = InotifyReader::usualLimit)
+        : source(std::move(system), byteLimit) {}
     ~WatchedTree() {
         onQueue([&] { stream.reset(); });
     }
@@ -68,33 +66,12 @@ public:
         return testing::AssertionSuccess();
     }
 
-    EventStreamBatch takeBatches() {
-        const std::lock_guard lock(mutex);
-        all.clear();
-        return std::exchange(batches, {});
-    }
-    template <class Condition>
-    bool waitFor(std::chrono::milliseconds limit, const Condition& condition) {
-        std::unique_lock lock(mutex);
-        return arrived.wait_for(lock, limit, condition);
-    }
-    bool hasBatches() const { return !batches.empty(); } // inside a condition
-
     TreeWatcher::Statistics statistics() {
         TreeWatcher::Statistics result;
         onQueue([&] { result = source.watchLoop().statistics(); });
         return result;
     }
 
-    // On a busy machine the reader may lag behind.
-    bool isSettled() {
-        int unreadBytes = 0;
-        if (::ioctl(inotify, FIONREAD, &unreadBytes) == 0 && unreadBytes > 0) return false;
-        const TreeWatcher::Statistics now = statistics();
-        return now.pendingNames == 0 && now.waiting == 0;
-    }
-
-    const int inotify;
     SerialQueue queue{"watched-tree"};
     LinuxEventStreamSource source;
 
@@ -122,7 +99,6 @@ private:
                 telling.erase(at, path("").size());
             all.push_back(std::move(telling));
         }
-        batches.insert(batches.end(), batch.begin(), batch.end());
         arrived.notify_all();
     }
 
@@ -131,5 +107,4 @@ private:
     std::mutex mutex;
     std::condition_variable arrived;
     std::vector<std::string> all;
-    EventStreamBatch batches;
 };
