@@ -57,7 +57,7 @@ TEST(Collation, OrdersNames) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        const VariableEnvironment environment({{"LANG", row.locale}});
+        const VariableEnvironment environment(VariableEnvironment::Variables{{"LANG", row.locale}});
         const ICUCollation collation(environment);
         EXPECT_EQ(sorted(collation, {row.inOrder.rbegin(), row.inOrder.rend()}), row.inOrder);
     }
@@ -161,7 +161,7 @@ TEST(Collation, IsTotalAndFreeOfContradictionInEveryLocale) {
     std::set<std::string> different;
     while (different.size() < 300) different.insert(names.next("02"));
     for (const char* locale : {"", "sv_SE", "da_DK", "fr_CA", "th_TH", "ja_JP"}) {
-        const VariableEnvironment environment({{"LANG", locale}});
+        const VariableEnvironment environment(VariableEnvironment::Variables{{"LANG", locale}});
         const ICUCollation collation(environment);
         const auto inOrder = sorted(collation, {different.begin(), different.end()});
         for (std::size_t first = 0; first < inOrder.size(); ++first) {
@@ -180,7 +180,7 @@ TEST(Collation, IsTotalAndFreeOfContradictionInEveryLocale) {
     u_setMemoryFunctions(
         nullptr, [](const void*, std::size_t) -> void* { return nullptr; },
         [](const void*, void*, std::size_t) -> void* { return nullptr; }, [](const void*, void*) {}, &error);
-    const VariableEnvironment environment({{"LANG", "sv_SE"}});
+    const VariableEnvironment environment(VariableEnvironment::Variables{{"LANG", "sv_SE"}});
     const std::vector<std::string> inOrder = {"", "B", "a10", "a2", "é", "\xFF"};
     const bool isSorted = sorted(ICUCollation(environment), {inOrder.rbegin(), inOrder.rend()}) == inOrder;
     std::exit(U_SUCCESS(error) && isSorted ? 0 : 1);

@@ -10,12 +10,14 @@
 // An environment of nothing but the variables that the test sets.
 class VariableEnvironment final : public Environment {
 public:
-    explicit VariableEnvironment(std::map<std::string, std::string> given = {}) : variables(std::move(given)) {}
+    using Variables = std::map<std::string, std::string>;
+
+    explicit VariableEnvironment(Variables given = {}) : variables(std::move(given)) {}
 
     std::optional<std::string> value(const std::string& name) const override {
         const auto variable = variables.find(name);
         return variable == variables.end() ? std::nullopt : std::optional(variable->second);
     }
 
-    std::map<std::string, std::string> variables;
+    Variables variables;
 };
