@@ -36,9 +36,6 @@ public:
     void appendSortKey(std::string& keys, std::string_view name) const override {
         collation().appendSortKey(keys, name);
     }
-    bool appendPlainSortKey(std::string& keys, std::string_view name) const override {
-        return collation().appendPlainSortKey(keys, name);
-    }
 
 private:
     static const ICUCollation& collation() {
