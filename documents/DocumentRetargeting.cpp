@@ -20,8 +20,11 @@ std::vector<std::string> documentIDsAtOrWithin(const std::string& path,
 }
 
 DocumentMetadata metadataAfterMove(const DocumentMetadata& stored, const DocumentMetadata& found) {
+    // Another file system gives the same file another identity.
+    const bool isSameFileSystem = stored.fileIdentity && found.fileIdentity &&
+                                  stored.fileIdentity->fileSystemNumber == found.fileIdentity->fileSystemNumber;
+    if (isSameFileSystem && stored.fileIdentity != found.fileIdentity) return stored;
     const bool isUnchanged = stored.isMissing == found.isMissing && stored.fileSize == found.fileSize &&
                              stored.modifiedAtTimeIntervalSince1970 == found.modifiedAtTimeIntervalSince1970;
-    // Another file system gives the same file another identity.
     return isUnchanged ? found : stored;
 }
