@@ -90,6 +90,10 @@ void TreeWatcher::handleMountChange() {
     std::vector<MountPoint> changed;
     std::ranges::set_symmetric_difference(mounts, current, std::back_inserter(changed));
     mounts = std::move(current);
+    // One that has come and gone may have been looked into, and nobody can say which.
+    if (changed.empty()) {
+        for (const std::string& path : paths.folders) pending.notice(path, now);
+    }
     for (const MountPoint& mount : changed) {
         if (std::ranges::any_of(
                 roots, [&](const Root& root) { return root.path == mount.path || isBelow(root.path, mount.path); })) {

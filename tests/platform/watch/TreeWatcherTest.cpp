@@ -190,6 +190,13 @@ TEST_F(TreeWatcherTest, NoticesAMount) {
     EXPECT_EQ(toldAfter(), Tellings{"created /w/d/e/f"});
 }
 
+TEST_F(TreeWatcherTest, LooksAgainAfterAMountThatCameAndWentUnseen) {
+    watcher.setInterest({.directoryPaths = {"/w", "/w/d"}});
+    start();
+    watcher.handleMountChange();
+    EXPECT_EQ(toldAfter(), (Tellings{"look /w", "look /w/d"}));
+}
+
 TEST_F(TreeWatcherTest, FollowsANewFileThatIsOpenedAndMovedOverAnother) {
     start();
     write("/w/z.txt");
