@@ -19,7 +19,7 @@ extern char** environ;
 namespace {
 
 constexpr std::chrono::seconds deadline{60};
-constexpr std::size_t recordedLimit = 20'000; // of what is recorded for the message of a failure
+constexpr std::size_t recordedLimit = 60'000; // of what is recorded for the message of a failure
 
 std::array<int, 2> makePipe() {
     std::array<int, 2> ends{};
@@ -144,8 +144,8 @@ std::string DaemonProcess::errors() {
 // Of a long line only the beginning.
 void DaemonProcess::record(const std::string& direction, const std::string& text) {
     const std::lock_guard lock(mutex);
-    conversation += direction + text.substr(0, 2000);
-    if (conversation.size() > 100 * recordedLimit) conversation.erase(0, conversation.size() - recordedLimit);
+    conversation += direction + text.substr(0, 1000);
+    if (conversation.size() > 30 * recordedLimit) conversation.erase(0, conversation.size() - recordedLimit);
 }
 
 std::string DaemonProcess::recorded() const {

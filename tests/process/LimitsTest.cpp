@@ -195,10 +195,10 @@ TEST_F(Limits, NoHomeAndNoLocale) {
     daemon = std::make_unique<DaemonProcess>(
         std::vector<std::string>{},
         std::vector<std::string>{"HOME=", "LANG=xx_XX.nothing", "LC_ALL=", "XDG_DATA_HOME=", "PATH=", "TMPDIR="});
-    writeFile(path("b"), "");
-    writeFile(path("A"), "");
+    writeFile(path("a"), "");
+    writeFile(path("B"), "");
     const auto listing = ask({.command = Command::openWorkspace}).workspaceDirectory.value();
-    EXPECT_EQ(listing.nodes.at(0).name + listing.nodes.at(1).name, "Ab");
+    EXPECT_EQ(listing.nodes.at(0).name + listing.nodes.at(1).name, "aB");
     useEverything(root);
 }
 
@@ -237,6 +237,7 @@ TEST_F(Limits, AHundredThousandEntries) {
 
 TEST_F(Limits, FiveThousandFoldersDeep) {
     makeDeepFolder(path("deep"), 5000);
+    const ProcessLimit limit(daemon->processID(), RLIMIT_NOFILE, 200);
     EXPECT_EQ(failureOf({.command = Command::openWorkspace}), "");
     EXPECT_EQ(
         failureOf({.command = Command::renameWorkspaceItem, .path = path("deep"), .destinationPath = path("moved")}),

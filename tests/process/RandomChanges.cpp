@@ -62,7 +62,7 @@ void RandomChanges::appendOne() {
 }
 
 void RandomChanges::write(const std::string& path, std::ios::openmode mode) {
-    note("write " + path);
+    note("write " + path + ", " + std::to_string(textCount + 1));
     if (fs::is_regular_file(fs::status(path, ignored)) || isFree(path))
         std::ofstream(path, std::ios::binary | mode) << text();
 }
@@ -90,7 +90,7 @@ void RandomChanges::removeOne() {
 
 void RandomChanges::replaceOne() {
     const std::string path = item();
-    note("replace " + path);
+    note("replace " + path + ", " + std::to_string(textCount + 1));
     std::ofstream(path + ".new", std::ios::binary) << text();
     fs::rename(path + ".new", path, ignored);
     fs::remove(path + ".new", ignored);
@@ -98,7 +98,7 @@ void RandomChanges::replaceOne() {
 
 void RandomChanges::keepBackup() {
     const std::string path = item();
-    note("save with backup " + path);
+    note("save with backup " + path + ", " + std::to_string(textCount + 1));
     if (typeOf(path) != fs::file_type::regular) return;
     fs::rename(path, path + '~', ignored);
     std::ofstream(path, std::ios::binary) << text();
@@ -134,8 +134,9 @@ void RandomChanges::swapFolders() {
 
 void RandomChanges::linkOne() {
     const std::string path = item();
-    note("link " + path);
-    fs::create_symlink(name(), path, ignored);
+    const std::string target = name();
+    note("link " + path + " > " + target);
+    fs::create_symlink(target, path, ignored);
 }
 
 void RandomChanges::expandOne() {
@@ -163,7 +164,7 @@ void RandomChanges::saveOne() {
     std::string documentID;
     const auto* document = anyDocument(documentID);
     if (!document) return;
-    note("save " + document->path);
+    note("save " + document->path + ", " + std::to_string(textCount + 1));
     session.ask(
         {.command = Command::save, .documentID = documentID, .text = text(), .expectedVersion = document->version});
 }
