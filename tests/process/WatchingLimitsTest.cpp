@@ -8,6 +8,7 @@
 #include "tests/process/RandomFaults.h"
 #include "tests/process/WatchedSession.h"
 #include "tests/support/Files.h"
+#include "tests/support/MountedDisk.h"
 #include "tests/support/ProcessLimits.h"
 
 // What holds when more happens than the system, or the client, can take.
@@ -101,6 +102,20 @@ TEST(WatchingLimits, AClientThatDoesNotReadIsToldTheEndAndAnsweredBefore) {
               true);
     EXPECT_EQ(session.differenceInTheEnd(), "");
     EXPECT_EQ(session.picture.documents.at(documentID).text, "199");
+}
+
+// It has the root's path while it is there, and its folders the names of others.
+TEST(WatchingLimits, WhatWasListedOnADiskThatIsGoneIsListedAgain) {
+    WatchedSession session("sub/b.txt");
+    for (int round = 0; round < 10; ++round) {
+        auto disk = std::make_unique<MountedDisk>(session.root);
+        if (!disk->reason.empty()) GTEST_SKIP() << disk->reason;
+        std::filesystem::create_directory(session.path("sub"));
+        session.load(".");
+        session.load("sub");
+        disk.reset();
+        ASSERT_EQ(session.differenceInTheEnd(), "") << round;
+    }
 }
 
 // It stays expanded in the client, who is not told that it cannot be looked into.

@@ -95,6 +95,8 @@ void TreeWatcher::handleMountChange() {
         for (const std::string& path : paths.folders) pending.notice(path, now);
     }
     for (const MountPoint& mount : changed) {
+        // By the time that anybody looks, this change may have been taken back.
+        pending.noticeFoldersOfInterest(mount.path, paths, now);
         if (std::ranges::any_of(
                 roots, [&](const Root& root) { return root.path == mount.path || isBelow(root.path, mount.path); })) {
             mustWatchAncestors = true;
