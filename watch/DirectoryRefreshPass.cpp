@@ -227,11 +227,7 @@ void cacheRefreshedListing(WorkspaceDirectoryListing listing, DirectoryRefreshPa
 void passOverMissingDirectory(const std::string& directoryPath, DirectoryRefreshPass& pass,
                               ManagedWorkspace& workspace) {
     const std::string ancestorPath = nearestLoadedAncestor(directoryPath, workspace);
-    if (pass.processedPaths.contains(ancestorPath)) {
-        // What the client sees in a listing cannot be looked into just now, and is told of as soon as it can.
-        if (isListedDirectory(directoryPath, workspace)) return;
-        return removeLoadedWorkspaceDirectory(directoryPath, workspace);
-    }
+    if (pass.processedPaths.contains(ancestorPath)) return removeLoadedWorkspaceDirectory(directoryPath, workspace);
     pass.processedPaths.erase(directoryPath);
     pass.pendingPaths.insert(directoryPath);
     pass.pendingPaths.insert(ancestorPath);

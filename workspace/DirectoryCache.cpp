@@ -23,6 +23,16 @@ bool losesAnything(const std::vector<std::string>& childNodeIDsBefore, const Wor
     return std::ranges::any_of(childNodeIDsBefore, [&](const auto& nodeID) { return !nodeIDs.contains(nodeID); });
 }
 
+bool isListedDirectory(const std::string& path, const ManagedWorkspace& workspace) {
+    if (path == workspace.rootPath) return true;
+    const auto siblings = workspace.childNodeIDsByDirectoryPath.find(parentPath(path));
+    if (siblings == workspace.childNodeIDsByDirectoryPath.end()) return false;
+    return std::ranges::any_of(siblings->second, [&](const std::string& nodeID) {
+        const auto node = workspace.cachedNodesByID.find(nodeID);
+        return node != workspace.cachedNodesByID.end() && node->second.isDirectory && node->second.path == path;
+    });
+}
+
 // Of nodes with the same ID. Name and parent stand in the path.
 bool isSameItem(const WorkspaceBrowserNodePayload& left, const WorkspaceBrowserNodePayload& right) {
     return left.path == right.path && left.isDirectory == right.isDirectory;
@@ -102,16 +112,6 @@ void pruneWorkspaceCache(ManagedWorkspace& workspace) {
         return !workspace.loadedDirectoryPaths.contains(entry.first);
     });
     workspace.mayHoldUnlisted = dropped > 0;
-}
-
-bool isListedDirectory(const std::string& path, const ManagedWorkspace& workspace) {
-    if (path == workspace.rootPath) return true;
-    const auto siblings = workspace.childNodeIDsByDirectoryPath.find(parentPath(path));
-    if (siblings == workspace.childNodeIDsByDirectoryPath.end()) return false;
-    return std::ranges::any_of(siblings->second, [&](const std::string& nodeID) {
-        const auto node = workspace.cachedNodesByID.find(nodeID);
-        return node != workspace.cachedNodesByID.end() && node->second.isDirectory && node->second.path == path;
-    });
 }
 
 void removeLoadedWorkspaceDirectory(const std::string& atOrWithin, ManagedWorkspace& workspace) {

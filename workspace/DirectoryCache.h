@@ -22,9 +22,6 @@ WorkspaceBrowserDirectoryPayload cachedWorkspaceDirectoryPayload(const std::stri
                                                                  const std::string& directoryPath,
                                                                  const ManagedWorkspace& workspace);
 
-// Whether the directory is the root, or its parent was listed with it.
-bool isListedDirectory(const std::string& path, const ManagedWorkspace& workspace);
-
 // Drops the nodes that no listing holds any more, then the directories whose nodes are gone. What this leaves without
 // an owner goes the next time. Costs nothing where nothing can have gone.
 void pruneWorkspaceCache(ManagedWorkspace& workspace);

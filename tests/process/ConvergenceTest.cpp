@@ -88,6 +88,7 @@ std::string playRound(WatchedSession& session, RandomChanges& changes, RandomFau
             if (changes.below(12) == 0) faults.endOne();
         }
         faults.endAll();
+        if (faults.haveMadeListingsFail()) session.expandAgain();
     } catch (const std::runtime_error& noAnswer) {
         return noAnswer.what();
     }

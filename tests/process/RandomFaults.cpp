@@ -86,6 +86,7 @@ RandomFaults::End RandomFaults::largeWrites() {
 }
 
 RandomFaults::End RandomFaults::descriptors() {
+    listingsMayFail = true;
     const std::size_t spare = changes.below(5);
     changes.note(std::to_string(spare) + " descriptors");
     const rlim_t number = firstFreeDescriptor(process) + spare;
@@ -93,6 +94,7 @@ RandomFaults::End RandomFaults::descriptors() {
 }
 
 RandomFaults::End RandomFaults::memory() {
+    listingsMayFail = true;
     const std::size_t size = changes.below(1 << 20);
     changes.note("no more memory than " + std::to_string(size) + " bytes");
     const rlim_t space = addressSpace(process) + size;
@@ -110,6 +112,7 @@ RandomFaults::End RandomFaults::watches() {
 }
 
 RandomFaults::End RandomFaults::rights() {
+    listingsMayFail = true;
     const std::string path = changes.below(4) == 0 ? changes.item() : changes.folder();
     const auto left = static_cast<fs::perms>(changes.below(8) << 6);
     changes.note("rights " + std::to_string(static_cast<int>(left) >> 6) + " for " + path);

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/process/RandomChanges.h"
@@ -18,6 +19,9 @@ public:
     void beginOne();
     void endOne();
     void endAll();
+
+    // Since the last question: listings that fail are given up.
+    bool haveMadeListingsFail() { return std::exchange(listingsMayFail, false); }
 
 private:
     using End = std::function<void()>;
@@ -46,4 +50,5 @@ private:
     const pid_t process = session.client.process.processID();
     std::vector<Fault> permitted;
     std::vector<End> active;
+    bool listingsMayFail = false;
 };

@@ -40,6 +40,14 @@ void WatchedSession::load(const std::string& directoryPath) {
     ask({.command = Command::loadWorkspaceChildren, .rootPath = root, .path = path(directoryPath)});
 }
 
+void WatchedSession::expandAgain() {
+    const auto shown = picture.folders;
+    for (const auto& [folderPath, folder] : shown) {
+        if (picture.folders.contains(folderPath))
+            ask({.command = Command::loadWorkspaceChildren, .rootPath = root, .path = folderPath});
+    }
+}
+
 std::string WatchedSession::open(const std::string& document) {
     const auto response = ask({.command = Command::open, .path = path(document)});
     documentIDs.push_back(response.snapshot.value().documentID);

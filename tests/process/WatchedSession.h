@@ -20,6 +20,8 @@ public:
     void shell(const std::string& command) const;
 
     void load(const std::string& directory);
+    // All that the client shows, from the top: what could not be listed for a while is told of only after that.
+    void expandAgain();
     // Events name the document by the ID that it gets here: "document-1" for the first one.
     std::string open(const std::string& document);
     void close(const std::string& documentID);
