@@ -41,9 +41,9 @@ TEST(HostileClient, ALineWithoutEndTakesNoMoreThanItsOwnSize) {
     for (std::size_t sent = 0; sent < count; ++sent) daemon.send(piece);
     daemon.send("\n"); // and not the end of input, after which there would be no process to look at
     EXPECT_NE(daemon.readLine().value_or("").find("Failed to decode request: "), std::string::npos);
-    // A buffer that doubles is up to twice as large as what is in it, and a half as large again while it moves.
+    // Of a buffer that doubles no more is touched than what is in it, and it moves by its pages.
     if (!IS_SANITIZED) {
-        EXPECT_LT(mostMemoryOf(daemon), 3 * count * megabyte);
+        EXPECT_LT(mostMemoryOf(daemon), 3 * count * megabyte / 2);
     }
     daemon.closeInput();
     EXPECT_EQ(daemon.readLine(), std::nullopt);
@@ -72,9 +72,6 @@ TEST(HostileClient, AReaderThatStopsReadingDoesNotKeepTheDaemonAlive) {
     DaemonProcess daemon;
     for (int sent = 0; sent < 50; ++sent)
         daemon.sendLine(R"({"requestID":"1","command":"open","path":")" + directory.path("file") + "\"}");
-    if (!IS_SANITIZED) {
-        EXPECT_LT(mostMemoryOf(daemon), 64 * megabyte);
-    }
     daemon.closeInput();
     ASSERT_TRUE(hasEnded(daemon));
     EXPECT_EQ(daemon.wait(), 0);
@@ -94,19 +91,20 @@ TEST(HostileClient, AReaderThatIsSlowGetsEverything) {
     EXPECT_EQ(daemon.wait(), 0);
 }
 
-// They wait in their pipe, and what they need in the daemon is the room of one.
+// They wait in their pipe, and what they need in the daemon is the room of one, and of one answer.
 TEST(HostileClient, RequestsFasterThanTheyCanBeServedAreServedInTheirOrder) {
+    const TemporaryDirectory directory;
+    writeFile(directory.path("file"), std::string(megabyte, 'x'));
     DaemonProcess daemon;
-    constexpr int count = 20'000;
-    const auto close = [](int number, const std::string& documentID) {
-        return R"({"requestID":")" + std::to_string(number) + R"(","command":"close","documentID":")" + documentID +
-               "\"}";
-    };
+    constexpr int count = 6'000;
     std::thread sender([&] {
         std::string lines;
         for (int number = 0; number < count; ++number) {
-            const bool isLarge = number % 100 == 0;
-            lines += close(number, isLarge ? std::string(megabyte, 'x') : "x") + '\n';
+            const std::string documentID(number % 100 == 0 ? megabyte : 1, 'x');
+            lines += R"({"requestID":")" + std::to_string(number);
+            lines += number % 100 == 50 ? R"(","command":"open","path":")" + directory.path("file")
+                                        : R"(","command":"close","documentID":")" + documentID;
+            lines += "\"}\n";
             if (lines.size() > megabyte) daemon.send(std::exchange(lines, {}));
         }
         daemon.send(lines);
