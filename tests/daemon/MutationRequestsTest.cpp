@@ -103,6 +103,7 @@ TEST_F(MutationRequests, RenamingMovingAndCopying) {
          "d/ d/a"},
         {"missing folders", "a", rename("a", "x/y/z"), "renamed file a > x/y/z (. x/y); listing .: x/",
          "x/ x/y/ x/y/z"},
+        {"a link that leads nowhere", "l>gone", rename("l", "m"), "renamed file l > m (.); listing .: m", "m>gone"},
         {"a link to a folder", "d/f l>d", rename("l", "m"), "renamed file l > m (. m); listing .: d/ m", "d/ d/f m>d"},
         {"moved between expanded folders", "a/ b/ a/x b/y", move("a/x", "b"),
          "moved file a/x > b/x (a b); listing a:; listing b: x y", "a/ b/ b/x b/y"},
@@ -115,6 +116,7 @@ TEST_F(MutationRequests, RenamingMovingAndCopying) {
         {"copied file", "d/ a", copy("a", "d"), "copied file a > d/a (. d); listing d: a", "a d/ d/a"},
         {"copied folder", "a/ c/ a/b", copy("a", "c/d"), "copied folder a > c/d (a c/d); listing c: d/",
          "a/ a/b c/ c/d/ c/d/b"},
+        {"copied link", "l>gone", copy("l", "x/m"), "copied file l > x/m (. x); listing .: x/ l", "l>gone x/ x/m>gone"},
         {"link copied into the folder it leads to", "d/ l>d", copy("l", "d"), "copied file l > d/l (d l); listing d: l",
          "d/ d/l>d l>d"},
         {"duplicate", "notes.txt", duplicate("notes.txt", " "),
@@ -235,6 +237,15 @@ TEST_F(MutationRequests, ADestinationTakenInTheLastMomentIsNotOverwritten) {
         EXPECT_EQ(daemon.save(document, "a", 1).snapshot.value().path, path("a"));
         daemon.close(document);
     }
+}
+
+TEST_F(MutationRequests, AFailedMoveLeavesTheItemItsID) {
+    make("a");
+    load();
+    const std::string node = nodeID("a");
+    beforeNext(FileOperation::moveItem, [] { throw PlatformError("POSIX", 28, "No space."); });
+    EXPECT_EQ(send(rename("a", "b")), Lines{"failure: No space."});
+    EXPECT_EQ(nodeID("a"), node);
 }
 
 TEST_F(MutationRequests, RemovingTellsOfTheItemFromWhatWasListed) {

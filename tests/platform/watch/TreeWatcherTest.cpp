@@ -151,14 +151,6 @@ TEST_F(TreeWatcherTest, PollsWhatIsOfInterestWithoutInotify) {
     EXPECT_EQ(toldWithin(seconds(3)), Tellings{"removed /w/d/new"});
 }
 
-TEST_F(TreeWatcherTest, PollsWhatGotNoWatch) {
-    disk.watchLimit = 0;
-    watcher.setInterest({.directoryPaths = {"/w/d"}});
-    start();
-    write("/w/d/n.txt");
-    EXPECT_EQ(toldWithin(seconds(6)), Tellings{"modified /w/d/n.txt"});
-}
-
 TEST_F(TreeWatcherTest, PollsFileSystemsThatOthersChange) {
     disk.coverage = EventCoverage::ownChangesOnly;
     watcher.setInterest({.directoryPaths = {"/w/d"}});
@@ -242,6 +234,16 @@ TEST_F(TreeWatcherTest, ANewFileIsWaitedForFromItsBirth) {
     passOn();
     EXPECT_EQ(toldWithin(milliseconds(95)), Tellings{});
     EXPECT_EQ(toldWithin(milliseconds(1)), Tellings{"created /w/open"});
+}
+
+TEST_F(TreeWatcherTest, IsOverdueWhenAWindowStayedOpenForAnotherOne) {
+    start();
+    write("/w/d/n.txt");
+    passOn();
+    disk.time += milliseconds(200);
+    EXPECT_FALSE(watcher.isOverdue());
+    disk.time += milliseconds(200);
+    EXPECT_TRUE(watcher.isOverdue());
 }
 
 TEST_F(TreeWatcherTest, TellsARenameWholeWhenItFallsIntoTwoWindows) {

@@ -7,6 +7,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -70,6 +71,13 @@ public:
         TreeWatcher::Statistics result;
         onQueue([&] { result = source.watchLoop().statistics(); });
         return result;
+    }
+
+    // Waits until so many directories are watched.
+    bool watches(std::size_t count) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (statistics().watches != count && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+        return statistics().watches == count;
     }
 
     SerialQueue queue{"watched-tree"};
