@@ -123,7 +123,7 @@ void TreeWatcher::handleNameRecord(FolderNode* folder, const KernelRecord& recor
     }
     if (record.mask & IN_MOVED_FROM) {
         FolderNode* child = record.isDirectory() ? tree.child(folder, key.name) : nullptr;
-        if (child) tree.detach(child);
+        if (child) leave(child);
         pending.movedAway(key, record.cookie, child, now);
     }
     if (record.mask & IN_MOVED_TO) handleArrival(key, record, now);
@@ -147,6 +147,13 @@ void TreeWatcher::handleCreation(const NameKey& key, const KernelRecord& record,
     if (!tree.child(key.folder, key.name)) enter(addFolder(key.folder, key.name, FirstListing::news), urgent);
 }
 
+// What was to be compared with a folder above, which may not even be found, is so still.
+void TreeWatcher::leave(FolderNode* folder) {
+    for (const FolderNode* above = folder->parent; above; above = above->parent)
+        folder->mustCompareBelow |= above->mustCompareBelow;
+    tree.detach(folder);
+}
+
 void TreeWatcher::handleArrival(const NameKey& key, const KernelRecord& record, WatchTime now) {
     if (FolderNode* replaced = tree.child(key.folder, key.name)) kill(replaced);
     FolderNode* const arrival = pending.movedHere(key, record.cookie, now);
@@ -166,7 +173,8 @@ void TreeWatcher::handleArrival(const NameKey& key, const KernelRecord& record, 
     }
     tree.place(arrival, key.folder, key.name);
     arrival->failures = 0;
-    if (isComparingAll) compareAll(arrival); // it may come from where that has not been to where it has
+    // It may come from where a comparison has not been to where it has.
+    if (isComparingAll || arrival->mustCompareBelow) compareAll(arrival);
     // It, or what is in it, may have moved on before it could be watched.
     crawlUnlisted(arrival);
 }

@@ -81,6 +81,7 @@ private:
     void handleNameRecord(FolderNode* folder, const KernelRecord& record, WatchTime now);
     void handleCreation(const NameKey& key, const KernelRecord& record, WatchTime now);
     void handleNewRights(FolderNode* folder, WatchTime now);
+    void leave(FolderNode* folder);
     void handleArrival(const NameKey& key, const KernelRecord& record, WatchTime now);
     void handleOverflow(WatchTime now);
     bool isClosingDue(WatchTime now) const;

@@ -182,6 +182,22 @@ TEST_F(TreeWatcherTest, NoticesAMount) {
     EXPECT_EQ(toldAfter(), Tellings{"created /w/d/e/f"});
 }
 
+TEST_F(TreeWatcherTest, ComparesAfterALossWhatLeavesAFolderThatIsOutOfReach) {
+    disk.makeDirectory("/out");
+    start();
+    disk.makeDirectory("/w/d/e/f");
+    disk.loseBlock();
+    watcher.handleBlock(disk.takeBlock());
+    disk.beforeEachCall = [&] { disk.time += milliseconds(1); };
+    watcher.crawl(milliseconds(1)); // compares the root
+    disk.beforeEachCall = {};
+    disk.move("/w/d", "/out/d");
+    watcher.crawl(seconds(1));
+    disk.move("/out/d/e", "/w/e");
+    EXPECT_EQ(toldAfter(), (Tellings{"renamed dir /w/d/e -> /w/e", "removed dir /w/d", "created dir /w/e/f"}));
+    EXPECT_TRUE(disk.isWatched("/w/e/f"));
+}
+
 TEST_F(TreeWatcherTest, LooksAgainAfterAMountThatCameAndWentUnseen) {
     watcher.setInterest({.directoryPaths = {"/w", "/w/d"}});
     start();
