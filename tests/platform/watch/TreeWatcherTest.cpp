@@ -187,7 +187,7 @@ TEST_F(TreeWatcherTest, ComparesAfterALossWhatLeavesAFolderThatIsOutOfReach) {
     start();
     disk.makeDirectory("/w/d/e/f");
     disk.loseBlock();
-    watcher.handleBlock(disk.takeBlock());
+    watcher.handleBlock(disk.takeBlock(), disk.time);
     disk.beforeEachCall = [&] { disk.time += milliseconds(1); };
     watcher.crawl(milliseconds(1)); // compares the root
     disk.beforeEachCall = {};

@@ -217,11 +217,12 @@ void WatchGame::pass(std::chrono::nanoseconds time) {
 }
 
 void WatchGame::look() {
-    EventStreamInterest interest;
+    // What it shows it goes on showing until it hears that it is gone.
+    std::erase_if(shown, [this](const std::string& path) { return !keeper.items.contains(path); });
     for (const std::string& path : keeper.items) {
-        if (disk.isDirectory(path)) interest.directoryPaths.push_back(path);
+        if (disk.isDirectory(path)) shown.insert(path);
     }
-    watcher.setInterest(interest);
+    watcher.setInterest({.directoryPaths = {shown.begin(), shown.end()}});
 }
 
 void WatchGame::settle() {

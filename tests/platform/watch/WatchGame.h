@@ -69,6 +69,7 @@ private:
     FakeDisk disk{};
     TreeWatcher watcher;
     Keeper keeper{disk};
+    std::set<std::string> shown{}; // directories of interest
     std::string unread{};
     std::string story{};
 };
