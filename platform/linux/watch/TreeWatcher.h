@@ -91,6 +91,7 @@ private:
     // Single folders.
     void enter(FolderNode* folder, std::deque<CrawlStep>& queueForChildren);
     OpenedFolder open(const FolderNode* folder, const std::string& path);
+    bool isEntry(const FolderNode* folder, FileIdentity identity);
     void keepOpen(const FolderNode* folder, const std::string& path, std::unique_ptr<OpenFolder> contents);
     bool isDistant(const std::string& path) const { return path.size() >= system.longestPath(); }
     bool watch(FolderNode* folder, const std::string& path, const OpenFolder& contents);

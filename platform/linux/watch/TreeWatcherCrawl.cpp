@@ -51,6 +51,8 @@ void TreeWatcher::enter(FolderNode* folder, std::deque<CrawlStep>& queueForChild
     }
     const FolderStatus status = opened.folder->status();
     if (status.coverage == EventCoverage::pointless && folder->parent) return;
+    // Where its parent is thought to be, another folder may be by now, with one of the same name.
+    if (folder->parent && !isEntry(folder, status.identity)) return retryLater(folder);
     folder->identity = status.identity;
     folder->isRemote = status.coverage == EventCoverage::ownChangesOnly;
     if (FolderNode* parent = folder->parent; parent && parent->identity.device != status.identity.device) {
@@ -77,6 +79,18 @@ void TreeWatcher::enter(FolderNode* folder, std::deque<CrawlStep>& queueForChild
     // Somebody may have looked before it was watched.
     folder->isOfInterest = true;
     pending.notice(path, system.now());
+}
+
+// Whether what was opened at the folder's path is in its parent: either it is what was listed there, or what is there
+// now, such as a mounted folder, of which a listing tells another number.
+bool TreeWatcher::isEntry(const FolderNode* folder, FileIdentity identity) {
+    const FolderNode* parent = folder->parent;
+    const ItemIdentity listed = parent->snapshot.find(folder->name);
+    if (!listed || FileIdentity{parent->identity.device, listed.inode} == identity) return true;
+    const OpenedFolder opened = open(parent, currentPath(parent));
+    if (!opened.folder || opened.folder->status().identity != parent->identity) return false;
+    const OpenedFolder entry = opened.folder->openFolder(folder->name);
+    return entry.folder && entry.folder->status().identity == identity;
 }
 
 // The kernel takes no path that is too long, and to go there from the top, step by step, takes the longer the farther

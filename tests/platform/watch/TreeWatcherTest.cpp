@@ -132,6 +132,21 @@ TEST_F(TreeWatcherTest, SendsWhoeverListedInBetweenToLookAgain) {
     EXPECT_EQ(toldAfter(), Tellings{"look /w"});
 }
 
+TEST_F(TreeWatcherTest, TakesNothingFromAFolderThatIsNotItsParent) {
+    for (const char* path : {"/w/o", "/w/o/x", "/out", "/out/m", "/out/m/x"}) disk.makeDirectory(path);
+    disk.takeBlock();
+    start();
+    disk.move("/out/m", "/w/m");
+    watcher.handleBlock(disk.takeBlock(), disk.time);
+    disk.move("/w/m", "/w/k");
+    watcher.handleBlock(disk.takeBlock(), disk.time);
+    disk.move("/w/k", "/w/m"); // before anybody has looked into x
+    disk.move("/w/o", "/w/k");
+    watcher.crawl(seconds(1));
+    toldAfter();
+    EXPECT_TRUE(disk.isWatched("/w/m/x"));
+}
+
 TEST_F(TreeWatcherTest, NamesFoldersOfInterestBelowWhatGoes) {
     watcher.setInterest({.directoryPaths = {"/w/d/e"}, .documentPaths = {"/w/d/n.txt"}});
     start();
