@@ -168,7 +168,7 @@ private:
                           const ReportingPaths& paths, WatchTime now) const;
     static bool mayMatterToOthers(const Found& found);
     Report reportOf(const std::vector<Found>& all, const ReportingPaths& paths, WatchTime now);
-    void noticeStaleListing(const FolderNode* folder, const ReportingPaths& paths);
+    void noticeStaleLooks(const NameKey& key, const ReportingPaths& paths, WatchTime now);
     void tellDepartures(Report& report, EventStreamBatch& batch, const ReportingPaths& paths, WatchTime now);
     void tellCreations(Report& report, EventStreamBatch& batch, const ReportingPaths& paths, WatchTime now);
     void forgetOldBirths(WatchTime now);

@@ -94,16 +94,18 @@ PendingChanges::Report PendingChanges::reportOf(const std::vector<Found>& all, c
         if (effect.isCreated) report.creations.push_back(item);
         if (effect.isModified) report.addModification(item, EventStreamFlag::itemModified);
         if (effect.hasNewAttributes) report.addModification(item, EventStreamFlag::itemInodeMetaMod);
-        if (effect == NetEffect{} && change->hasBeenAnother) noticeStaleListing(key->folder, paths);
+        if (effect == NetEffect{} && change->hasBeenAnother) noticeStaleLooks(*key, paths, now);
     }
     return report;
 }
 
-// Whoever listed the folder meanwhile may have seen what is no longer true, and nothing else would tell him.
-void PendingChanges::noticeStaleListing(const FolderNode* folder, const ReportingPaths& paths) {
+// Whoever looked there meanwhile, or at what is below, may have seen what is no longer true, and nothing else would
+// tell him.
+void PendingChanges::noticeStaleLooks(const NameKey& key, const ReportingPaths& paths, WatchTime now) {
     if (paths.folders.empty()) return;
-    for (std::string path : {reportedPath(folder), currentPath(folder)}) {
-        if (paths.folders.contains(path)) notices.insert(std::move(path));
+    for (const std::string& folderPath : {reportedPath(key.folder), currentPath(key.folder)}) {
+        if (paths.folders.contains(folderPath)) notices.insert(folderPath);
+        noticeFoldersOfInterest(joinedPath(folderPath, key.name), paths, now);
     }
 }
 

@@ -125,11 +125,14 @@ TEST_F(TreeWatcherTest, LooksOnceAtWhatItBeginsToWatch) {
 }
 
 TEST_F(TreeWatcherTest, SendsWhoeverListedInBetweenToLookAgain) {
-    watcher.setInterest({.directoryPaths = {"/w"}});
+    watcher.setInterest({.directoryPaths = {"/w"}, .documentPaths = {"/w/d/n.txt", "/w/r/e/f"}});
     start();
     write("/w/probe");
     disk.remove("/w/probe");
     EXPECT_EQ(toldAfter(), Tellings{"look /w"});
+    disk.move("/w/d", "/w/r");
+    disk.move("/w/r", "/w/d");
+    EXPECT_EQ(toldAfter(), (Tellings{"look /w", "look /w/d", "look /w/r/e"}));
 }
 
 TEST_F(TreeWatcherTest, TakesNothingFromAFolderThatIsNotItsParent) {

@@ -46,7 +46,8 @@ void Keeper::apply(const EventStreamBatch& batch) {
             forget(path);
         } else if (batch[i].flags & (itemCreated | itemModified)) {
             if (batch[i].flags & itemIsFile) forget(path); // it may have been taken for a directory
-            items.insert(path);
+            // What is not there to be listed has gone on, and the event about that is to come.
+            if (disk.exists(path)) items.insert(path);
             if (batch[i].flags & itemIsDir) enter(path);
         } else if (batch[i].flags == 0 && items.contains(path)) {
             look(path);
