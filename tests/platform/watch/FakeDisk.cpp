@@ -187,6 +187,12 @@ std::set<std::string> FakeDisk::paths() const {
     return result;
 }
 
+std::string FakeDisk::stateOf(const std::string& path) const {
+    const ItemIdentity item = peek(path);
+    if (!item || item.isDirectory()) return {};
+    return std::to_string(item.inode) + '.' + std::to_string(files.at(item.inode).version);
+}
+
 OpenedFolder FakeDisk::openFolder(const std::string& path, FollowLinks, OpenFor) {
     act();
     ++openingsByPath;

@@ -37,6 +37,8 @@ public:
     // A file that somebody has begun to write and not closed.
     bool isHalfWritten(const std::string& path) const;
     std::set<std::string> paths() const;
+    // Tells contents of a file from others; empty where there is none.
+    std::string stateOf(const std::string& path) const;
 
     WatchTime time{std::chrono::hours(1)};
     bool hasInotify = true;

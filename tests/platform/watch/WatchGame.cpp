@@ -94,12 +94,53 @@ void Keeper::rename(const std::string& path, const std::string& newPath) {
     for (const std::string& each : moved) look(each);
 }
 
+void Reader::apply(const EventStreamBatch& batch) {
+    using namespace EventStreamFlag;
+    for (std::size_t i = 1; i < batch.size(); ++i) {
+        const bool isPair = (batch[i - 1].flags & itemRenamed) && (batch[i].flags & itemRenamed);
+        if (!isPair) continue;
+        follow(*batch[i - 1].path, *batch[i].path);
+        ++i;
+    }
+    for (const auto& [path, flags, fileID] : batch) {
+        for (auto& [document, seen] : seenByPath) {
+            if (isAtOrBelow(document, *path) || isAtOrBelow(*path, parentOf(document))) seen = disk.stateOf(document);
+        }
+    }
+}
+
+void Reader::follow(const std::string& path, const std::string& newPath) {
+    for (const std::string& document : paths()) {
+        if (!isAtOrBelow(document, path) || disk.exists(document)) continue;
+        const std::string newDocument = newPath + document.substr(path.size());
+        const bool isThere = disk.exists(newDocument) && !disk.isDirectory(newDocument);
+        if (seenByPath.at(document).empty() || !isThere || seenByPath.contains(newDocument)) continue;
+        seenByPath.erase(document);
+        open(newDocument);
+    }
+}
+
+std::vector<std::string> Reader::paths() const {
+    std::vector<std::string> result;
+    for (const auto& [path, seen] : seenByPath) result.push_back(path);
+    return result;
+}
+
+std::string Reader::difference() const {
+    std::string text;
+    for (const auto& [path, seen] : seenByPath) {
+        if (seen != disk.stateOf(path)) text += " " + path + " seen as " + seen + ", is " + disk.stateOf(path);
+    }
+    return text;
+}
+
 WatchGame::WatchGame(std::function<std::uint64_t()> choices, bool losesEvents)
     : isLossy(losesEvents),
       choose(std::move(choices)),
       watcher(disk, {.quiet = milliseconds(1), .hold = milliseconds(6), .cap = milliseconds(14)}) {
     for (const char* path : {"/w", "/out", "/w/a", "/w/a/b", "/w/c", "/w/c/a"}) disk.makeDirectory(path);
     if (choose() % 2 == 0) disk.pathLimit = 5; // so that all but the root's own folders are too far down for a path
+    hasKeeper = choose() % 3 != 0;
     watcher.setRoots({"/w"});
     settle();
     keeper.enter("/w");
@@ -133,9 +174,10 @@ std::string WatchGame::complaint() const {
         present.insert(path);
         if (disk.isDirectory(path) && !disk.isWatched(path)) unwatched.insert(path);
     }
-    if (keeper.items == present && unwatched.empty()) return {};
-    return "on disk" + joined(present) + "\nbelieved" + joined(keeper.items) + "\nunwatched" + joined(unwatched) +
-           "\nstory" + story;
+    const std::string documents = reader.difference();
+    if ((keeper.items == present || !hasKeeper) && unwatched.empty() && documents.empty()) return {};
+    return "documents" + documents + "\non disk" + joined(present) + "\nbelieved" + joined(keeper.items) +
+           "\nunwatched" + joined(unwatched) + "\nstory" + story;
 }
 
 std::size_t WatchGame::watchesLeftBehind() {
@@ -211,9 +253,11 @@ void WatchGame::pass(std::chrono::nanoseconds time) {
     watcher.crawl(microseconds(choose() % 200));
     disk.time += time;
     const EventStreamBatch batch = watcher.advance();
+    read();
     if (batch.empty()) return;
     for (const std::string& telling : told(batch)) note("told " + telling);
     keeper.apply(batch);
+    reader.apply(batch);
     look();
 }
 
@@ -221,9 +265,20 @@ void WatchGame::look() {
     // What it shows it goes on showing until it hears that it is gone.
     std::erase_if(shown, [this](const std::string& path) { return !keeper.items.contains(path); });
     for (const std::string& path : keeper.items) {
-        if (disk.isDirectory(path)) shown.insert(path);
+        if (hasKeeper && disk.isDirectory(path)) shown.insert(path);
     }
-    watcher.setInterest({.directoryPaths = {shown.begin(), shown.end()}});
+    watcher.setInterest({.directoryPaths = {shown.begin(), shown.end()}, .documentPaths = reader.paths()});
+}
+
+void WatchGame::read() {
+    const std::vector<std::string> documents = reader.paths();
+    if (!documents.empty() && choose() % 4 == 0) reader.lookAt(documents[choose() % documents.size()]);
+    if (documents.size() > 2 || choose() % 4 != 0) return;
+    const std::string path = any("/w", false);
+    if (disk.isDirectory(path)) return;
+    note("open " + path);
+    reader.open(path);
+    look();
 }
 
 void WatchGame::settle() {

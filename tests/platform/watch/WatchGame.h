@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
@@ -33,6 +34,26 @@ private:
     const FakeDisk& disk;
 };
 
+// Has documents open, and looks at each that the notifications, or he himself, come near to. A document follows its
+// file where that is told to be renamed and is there.
+class Reader {
+public:
+    explicit Reader(const FakeDisk& fakeDisk) : disk(fakeDisk) {}
+
+    void open(const std::string& path) { seenByPath[path] = disk.stateOf(path); }
+    void lookAt(const std::string& path) { seenByPath.at(path) = disk.stateOf(path); }
+    void apply(const EventStreamBatch& batch);
+
+    std::vector<std::string> paths() const;
+    std::string difference() const;
+
+private:
+    void follow(const std::string& path, const std::string& newPath);
+
+    const FakeDisk& disk;
+    std::map<std::string, std::string> seenByPath{};
+};
+
 // A watcher of a disk on which things happen before every call that it makes, with events that arrive late, and events
 // that never do. All of it follows from the choices, numbers of which only the rest of a division by something small
 // counts.
@@ -61,14 +82,17 @@ private:
     void deliver(std::size_t count);
     void pass(std::chrono::nanoseconds time);
     void look();
+    void read();
     void settle();
 
     const bool isLossy;
     const std::function<std::uint64_t()> choose;
     bool isRough = false;
+    bool hasKeeper = true; // otherwise nobody is interested in more than the documents
     FakeDisk disk{};
     TreeWatcher watcher;
     Keeper keeper{disk};
+    Reader reader{disk};
     std::set<std::string> shown{}; // directories of interest
     std::string unread{};
     std::string story{};
