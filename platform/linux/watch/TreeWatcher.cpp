@@ -189,10 +189,10 @@ void TreeWatcher::handleOverflow(WatchTime now) {
         mustCompareAllAgain = true;
         return;
     }
-    isComparingAll = true;
     for (const Root& root : roots) {
         if (root.node && !root.node->parent) compareAll(root.node);
     }
+    isComparingAll = !urgent.empty(); // without a root nothing would ever end it
 }
 
 EventStreamBatch TreeWatcher::closeWindow(WatchTime now) {

@@ -58,6 +58,7 @@ private:
         std::string path{};
         FolderNode* node{}; // absent while there is no such directory
         bool isDocumentRoot = false;
+        bool isInDoubt = false;         // whether it was there when it was last told of, should it be absent
         std::size_t watchedFolders = 0; // counted for document roots only
     };
 
@@ -94,7 +95,7 @@ private:
     bool isEntry(const FolderNode* folder, FileIdentity identity);
     void keepOpen(const FolderNode* folder, const std::string& path, std::unique_ptr<OpenFolder> contents);
     bool isDistant(const std::string& path) const { return path.size() >= system.longestPath(); }
-    bool watch(FolderNode* folder, const std::string& path, const OpenFolder& contents);
+    int watch(FolderNode* folder, const std::string& path, const OpenFolder& contents);
     AddedWatch addWatch(const FolderNode* folder, const std::string& path, const OpenFolder& contents);
     void own(FolderNode* folder, int watch);
     void disown(FolderNode* folder);

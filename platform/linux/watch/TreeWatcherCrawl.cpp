@@ -60,14 +60,16 @@ void TreeWatcher::enter(FolderNode* folder, std::deque<CrawlStep>& queueForChild
         if (parent->snapshot.find(folder->name))
             parent->snapshot.set(folder->name, {status.identity.inode, ItemType::directory});
     }
-    if (!watch(folder, path, *opened.folder) && !folder->isOfInterest && folder->parent) {
+    const int refusal = watch(folder, path, *opened.folder);
+    if (refusal != 0 && !folder->isOfInterest && folder->parent) {
         if (isOutOfWatches) enqueue(background, folder, false);
         return;
     }
-    if (folder->parent && !isDistant(path) && system.directoryAt(path) != folder->identity) {
-        // The watch may have gone to another folder that came here in this moment.
+    // The watch may have gone to another folder that came here in this moment.
+    const bool hasGone = refusal == ENOENT || refusal == ENOTDIR;
+    if (hasGone || (!isDistant(path) && system.directoryAt(path) != folder->identity)) {
         disown(folder);
-        retryLater(folder);
+        if (folder->parent) retryLater(folder);
         return;
     }
     folder->failures = 0;
@@ -116,16 +118,17 @@ AddedWatch TreeWatcher::addWatch(const FolderNode* folder, const std::string& pa
     return isDistant(path) ? contents.watch() : system.watchFolder(path, linksAt(folder));
 }
 
-bool TreeWatcher::watch(FolderNode* folder, const std::string& path, const OpenFolder& contents) {
-    if (!system.canWatch()) return false;
+// Returns the error, or 0.
+int TreeWatcher::watch(FolderNode* folder, const std::string& path, const OpenFolder& contents) {
+    if (!system.canWatch()) return EOPNOTSUPP;
     AddedWatch added = addWatch(folder, path, contents);
     if (added.watch < 0 && (added.error == ENOSPC || added.error == ENOMEM)) {
         isOutOfWatches = true;
         if ((folder->isOfInterest || !folder->parent) && takeBackWatch()) added = addWatch(folder, path, contents);
     }
-    if (added.watch < 0) return false;
+    if (added.watch < 0) return added.error;
     own(folder, added.watch);
-    return true;
+    return 0;
 }
 
 // The kernel has one watch for each folder, however many paths lead to it, and however many folders of the tree are
@@ -230,7 +233,7 @@ void TreeWatcher::compare(FolderNode* folder) {
 bool TreeWatcher::keepWatch(FolderNode* folder, const std::string& path, const OpenFolder& contents) {
     const bool wasWatched = folder->watch >= 0 || folder->hasLostWatch;
     const int former = folder->watch;
-    if (!watch(folder, path, contents) || !wasWatched || folder->watch == former) return true;
+    if (watch(folder, path, contents) != 0 || !wasWatched || folder->watch == former) return true;
     replace(folder);
     return false;
 }
@@ -284,6 +287,7 @@ void TreeWatcher::comparePresent(const NameKey& key, ItemIdentity listed, const 
 void TreeWatcher::replace(FolderNode* folder) {
     const WatchTime now = system.now();
     if (!folder->parent) {
+        folder->hasLostWatch = true; // by which the check of the roots will know
         pending.touchWindow(now);
         return;
     }

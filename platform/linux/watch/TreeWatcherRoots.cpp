@@ -63,7 +63,10 @@ void TreeWatcher::setInterest(const EventStreamInterest& newInterest) {
         if (wasLimited && !root.isDocumentRoot && root.node) crawlUnlisted(root.node);
     }
     for (const std::string& path : paths.folders) {
-        if (!former.contains(path)) addInterest(path);
+        if (former.contains(path)) continue;
+        addInterest(path);
+        // Whoever is interested has seen it, and it may have gone before it could be watched.
+        if (!find(path)) pending.notice(path, system.now());
     }
     for (const std::string& path : former) {
         FolderNode* folder = paths.folders.contains(path) ? nullptr : find(path);
@@ -143,6 +146,7 @@ FolderNode* TreeWatcher::findListed(const std::string& path) {
 
 void TreeWatcher::attach(Root& root) {
     const auto identity = system.directoryAt(root.path);
+    root.isInDoubt = identity.has_value();
     if (!identity) return;
     FolderNode* inner = findListed(root.path);
     if (inner && inner->isListed && inner->identity == *identity) {
@@ -193,7 +197,7 @@ void TreeWatcher::abandon(FolderNode* top) {
 
 bool TreeWatcher::isLost(const Root& root) {
     const auto identity = system.directoryAt(root.path);
-    if (!root.node) return identity.has_value();
+    if (!root.node) return identity || root.isInDoubt;
     if (root.node->isDead || root.node->hasLostWatch || identity != root.node->identity) return true;
     return root.node->parent && currentPath(root.node) != root.path;
 }

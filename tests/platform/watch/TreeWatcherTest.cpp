@@ -108,8 +108,31 @@ TEST_F(TreeWatcherTest, TellsThatTheRootCameBack) {
     start();
     disk.remove("/w");
     EXPECT_EQ(toldAfter(), Tellings{"rootChanged /w"});
+    disk.loseBlock();
+    passOn(); // there is nothing to compare
     disk.makeDirectory("/w");
     EXPECT_EQ(toldWithin(seconds(6)), Tellings{"rootChanged /w"});
+    disk.makeDirectory("/w/n");
+    disk.loseBlock();
+    EXPECT_EQ(toldAfter(), Tellings{"created dir /w/n"});
+    disk.remove("/w");
+    disk.makeDirectory("/w"); // gets the number of the old one
+    disk.loseBlock();
+    EXPECT_EQ(toldAfter(), Tellings{"rootChanged /w"});
+}
+
+TEST_F(TreeWatcherTest, TellsOfTheRootAgainWhenItGoesInTheMomentInWhichItIsTold) {
+    disk.beforeNextWatch = [&] { disk.remove("/w"); };
+    start();
+    EXPECT_EQ(disk.watchCount(), 0U);
+    disk.makeDirectory("/w");
+    disk.beforeNextWatch = [&] { disk.remove("/w"); };
+    EXPECT_EQ(toldWithin(seconds(6)), Tellings{"rootChanged /w"}); // whoever looks may find it
+    EXPECT_EQ(toldWithin(seconds(6)), Tellings{"rootChanged /w"});
+    EXPECT_EQ(toldWithin(seconds(6)), Tellings{});
+    disk.makeDirectory("/w");
+    EXPECT_EQ(toldWithin(seconds(6)), Tellings{"rootChanged /w"});
+    EXPECT_TRUE(disk.isWatched("/w"));
 }
 
 TEST_F(TreeWatcherTest, LooksOnceAtWhatItBeginsToWatch) {
@@ -122,6 +145,8 @@ TEST_F(TreeWatcherTest, LooksOnceAtWhatItBeginsToWatch) {
     watcher.setInterest({.directoryPaths = {"/v"}});
     disk.beforeNextWatch = [&] { write("/v/f"); };
     EXPECT_EQ(toldWithin(seconds(1)), Tellings{});
+    watcher.setInterest({.directoryPaths = {"/v/gone"}}); // was there a moment ago
+    EXPECT_EQ(toldWithin(seconds(1)), Tellings{"look /v/gone"});
 }
 
 TEST_F(TreeWatcherTest, SendsWhoeverListedInBetweenToLookAgain) {

@@ -28,6 +28,13 @@ std::string joined(const std::set<std::string>& paths) {
 
 } // namespace
 
+void Keeper::begin(const std::string& directory) {
+    forget(directory);
+    if (!disk.isDirectory(directory)) return;
+    items.insert(directory);
+    enter(directory);
+}
+
 void Keeper::enter(const std::string& directory) {
     for (const std::string& each : look(directory)) enter(each);
 }
@@ -42,6 +49,8 @@ void Keeper::apply(const EventStreamBatch& batch) {
                 rename(path, newPath);
             else
                 forget(path), forget(newPath), items.insert(newPath);
+        } else if (batch[i].flags & rootChanged) {
+            begin(path);
         } else if (batch[i].flags & itemRemoved) {
             forget(path);
         } else if (batch[i].flags & (itemCreated | itemModified)) {
@@ -141,9 +150,10 @@ WatchGame::WatchGame(std::function<std::uint64_t()> choices, bool losesEvents)
     for (const char* path : {"/w", "/out", "/w/a", "/w/a/b", "/w/c", "/w/c/a"}) disk.makeDirectory(path);
     if (choose() % 2 == 0) disk.pathLimit = 5; // so that all but the root's own folders are too far down for a path
     hasKeeper = choose() % 3 != 0;
-    watcher.setRoots({"/w"});
+    root = choose() % 3 == 0 ? "/w/a" : "/w";
+    watcher.setRoots({root});
     settle();
-    keeper.enter("/w");
+    keeper.begin(root);
     look();
     disk.beforeEachCall = [this] {
         disk.time += microseconds(choose() % 50);
@@ -170,7 +180,7 @@ void WatchGame::playRound() {
 std::string WatchGame::complaint() const {
     std::set<std::string> present, unwatched;
     for (const std::string& path : disk.paths()) {
-        if (!isAtOrBelow(path, "/w")) continue;
+        if (!isAtOrBelow(path, root) || !disk.isDirectory(root)) continue;
         present.insert(path);
         if (disk.isDirectory(path) && !disk.isWatched(path)) unwatched.insert(path);
     }
@@ -271,11 +281,12 @@ void WatchGame::look() {
 }
 
 void WatchGame::read() {
+    if (!keeper.items.contains(root)) return; // a root that is away is looked for now and then only
     const std::vector<std::string> documents = reader.paths();
     if (!documents.empty() && choose() % 4 == 0) reader.lookAt(documents[choose() % documents.size()]);
     if (documents.size() > 2 || choose() % 4 != 0) return;
     const std::string path = any("/w", false);
-    if (disk.isDirectory(path)) return;
+    if (disk.isDirectory(path) || path == root || !isAtOrBelow(path, root)) return;
     note("open " + path);
     reader.open(path);
     look();

@@ -18,11 +18,13 @@ class Keeper {
 public:
     explicit Keeper(const FakeDisk& fakeDisk) : disk(fakeDisk) {}
 
+    // Takes the directory, if it is there, for all that is in it.
+    void begin(const std::string& directory);
     // Looks through the directory and all below it.
     void enter(const std::string& directory);
     void apply(const EventStreamBatch& batch);
 
-    std::set<std::string> items{"/w"};
+    std::set<std::string> items{};
 
 private:
     // Takes the entries of the directory for all that is in it. Enters new ones; returns the directories among the
@@ -88,6 +90,7 @@ private:
     const bool isLossy;
     const std::function<std::uint64_t()> choose;
     bool isRough = false;
+    std::string root{};
     bool hasKeeper = true; // otherwise nobody is interested in more than the documents
     FakeDisk disk{};
     TreeWatcher watcher;
