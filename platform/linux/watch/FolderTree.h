@@ -56,7 +56,7 @@ struct FolderNode {
     bool isOfInterest : 1 = false;
     bool mustCompareBelow : 1 = false; // what was lost may concern everything in it
     bool isRemote : 1 = false;         // others may change it without a word from this kernel
-    bool hasLostWatch : 1 = false;     // the kernel took the watch away, as it does when the folder is no more
+    bool hasGone : 1 = false;          // the kernel took the watch away, or another folder was found in its place
 };
 
 // The folders of all watched trees. A folder that goes away stays allocated until release(), because pending changes

@@ -100,7 +100,7 @@ void TreeWatcher::handleFolderRecord(FolderNode* folder, const KernelRecord& rec
     if (record.mask & IN_IGNORED) {
         foldersByWatch.remove(folder);
         folder->watch = -1;
-        folder->hasLostWatch = true;
+        folder->hasGone = true;
         // As a rule the parent tells next that the folder is gone. If not, it has to be watched again.
         if (!folder->isDead) retryLater(folder);
     }
@@ -197,12 +197,12 @@ void TreeWatcher::handleOverflow(WatchTime now) {
 
 EventStreamBatch TreeWatcher::closeWindow(WatchTime now) {
     openAncestors.clear();
+    for (FolderNode* folder : pending.takeDeparted(now)) kill(folder);
     checkRoots(now);
     for (FolderNode* folder : std::exchange(waitingForClosing, {})) {
         --folder->timesQueued;
         if (!folder->isDead) enqueue(urgent, folder, true);
     }
-    for (FolderNode* folder : pending.takeDeparted(now)) kill(folder);
     const auto lookUp = [&](const FolderNode& folder, const std::vector<std::string>& names) {
         return itemsIn(folder, names);
     };
@@ -228,7 +228,7 @@ std::optional<std::vector<ItemIdentity>> TreeWatcher::itemsIn(const FolderNode& 
         for (const std::string& name : names) items.push_back(opened.folder->item(name));
         return items;
     }
-    if (opened.error == ENOENT || opened.error == ENOTDIR || opened.error == ELOOP) return std::nullopt;
+    if (isAbsence(opened.error)) return std::nullopt;
     // Nobody may look into the folder now, so nothing can be said about it.
     hasBeenRefused = true;
     for (const std::string& name : names) items.push_back(folder.snapshot.find(name));

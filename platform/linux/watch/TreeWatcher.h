@@ -56,9 +56,9 @@ public:
 private:
     struct Root {
         std::string path{};
-        FolderNode* node{}; // absent while there is no such directory
+        FolderNode* node{}; // never a dead one; absent while there is no such directory
         bool isDocumentRoot = false;
-        bool isInDoubt = false;         // whether it was there when it was last told of, should it be absent
+        bool isAbsenceUntold = false;   // somebody may still take it for present, should it be absent
         std::size_t watchedFolders = 0; // counted for document roots only
     };
 

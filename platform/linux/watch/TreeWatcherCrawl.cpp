@@ -66,8 +66,7 @@ void TreeWatcher::enter(FolderNode* folder, std::deque<CrawlStep>& queueForChild
         return;
     }
     // The watch may have gone to another folder that came here in this moment.
-    const bool hasGone = refusal == ENOENT || refusal == ENOTDIR;
-    if (hasGone || (!isDistant(path) && system.directoryAt(path) != folder->identity)) {
+    if (isAbsence(refusal) || (!isDistant(path) && system.directoryAt(path) != folder->identity)) {
         disown(folder);
         if (folder->parent) retryLater(folder);
         return;
@@ -138,7 +137,7 @@ void TreeWatcher::own(FolderNode* folder, int watch) {
     if (folder->watch == watch) return;
     disown(folder);
     folder->watch = watch;
-    folder->hasLostWatch = false;
+    folder->hasGone = false;
     foldersByWatch.enter(folder);
 }
 
@@ -208,7 +207,9 @@ void TreeWatcher::compare(FolderNode* folder) {
     OpenedFolder opened = open(folder, path);
     const bool isHere = opened.folder && opened.folder->status().identity == folder->identity;
     if (!isHere && !folder->parent) {
-        pending.touchWindow(system.now()); // the check of the roots will find it lost
+        // What the check of the roots finds there may look like the one that is lost.
+        if (opened.folder || isAbsence(opened.error)) folder->hasGone = true;
+        pending.touchWindow(system.now());
         return;
     }
     if (!isHere) return handleRefusal(folder, opened.error);
@@ -231,7 +232,7 @@ void TreeWatcher::compare(FolderNode* folder) {
 
 // Makes sure that the folder is watched. False when it turns out to be a new one that got the number of the old.
 bool TreeWatcher::keepWatch(FolderNode* folder, const std::string& path, const OpenFolder& contents) {
-    const bool wasWatched = folder->watch >= 0 || folder->hasLostWatch;
+    const bool wasWatched = folder->watch >= 0 || folder->hasGone;
     const int former = folder->watch;
     if (watch(folder, path, contents) != 0 || !wasWatched || folder->watch == former) return true;
     replace(folder);
@@ -287,7 +288,7 @@ void TreeWatcher::comparePresent(const NameKey& key, ItemIdentity listed, const 
 void TreeWatcher::replace(FolderNode* folder) {
     const WatchTime now = system.now();
     if (!folder->parent) {
-        folder->hasLostWatch = true; // by which the check of the roots will know
+        folder->hasGone = true; // as the check of the roots will find
         pending.touchWindow(now);
         return;
     }
@@ -317,6 +318,11 @@ void TreeWatcher::discard(FolderNode* folder) {
     tree.kill(folder, [&](FolderNode* each) {
         disown(each);
         stampsByFolder.erase(each);
+        for (Root& root : roots) {
+            if (root.node != each) continue;
+            root.node = nullptr;
+            root.isAbsenceUntold = true;
+        }
     });
 }
 

@@ -39,7 +39,11 @@ void TreeWatcher::setRoots(const std::vector<std::string>& rootPaths) {
     for (const std::string& path : wanted) {
         if (std::ranges::find(roots, path, &Root::path) != roots.end()) continue;
         const auto place = std::ranges::lower_bound(roots, path, {}, &Root::path);
-        attach(*roots.insert(place, Root{.path = path}));
+        Root& root = *roots.insert(place, Root{.path = path});
+        attach(root);
+        if (root.node) continue;
+        root.isAbsenceUntold = true; // whoever wants it watched has seen it
+        pending.touchWindow(system.now());
     }
     for (Root& root : roots) {
         if (!wanted.contains(root.path)) detach(root);
@@ -114,7 +118,7 @@ void TreeWatcher::handleMountChange() {
 FolderNode* TreeWatcher::topAbove(const std::string& path) const {
     FolderNode* best = nullptr;
     for (const Root& root : roots) {
-        if (!root.node || root.node->parent || root.node->isDead) continue;
+        if (!root.node || root.node->parent) continue;
         if (path != root.path && !isBelow(path, root.path)) continue;
         if (!best || root.path.size() > best->name.size()) best = root.node;
     }
@@ -146,7 +150,6 @@ FolderNode* TreeWatcher::findListed(const std::string& path) {
 
 void TreeWatcher::attach(Root& root) {
     const auto identity = system.directoryAt(root.path);
-    root.isInDoubt = identity.has_value();
     if (!identity) return;
     FolderNode* inner = findListed(root.path);
     if (inner && inner->isListed && inner->identity == *identity) {
@@ -158,6 +161,7 @@ void TreeWatcher::attach(Root& root) {
     enter(top, background);
     if (!top->isListed) {
         kill(top);
+        root.isAbsenceUntold = true; // should it have gone
         return;
     }
     root.node = top;
@@ -168,12 +172,12 @@ void TreeWatcher::attach(Root& root) {
 // Trees that were watched by themselves become part of the one around them.
 void TreeWatcher::adoptTopsWithin(FolderNode* top) {
     for (const Root& root : roots) {
-        if (!root.node || root.node->parent || root.node->isDead || !isBelow(root.path, top->name)) continue;
+        if (!root.node || root.node->parent || !isBelow(root.path, top->name)) continue;
         FolderNode* parent = findListed(parentOf(root.path));
         const std::string name = root.path.substr(root.path.rfind('/') + 1);
         FolderNode* unknown = parent ? tree.child(parent, name) : nullptr;
         // Where a link leads there, the tree stays by itself.
-        if (!unknown || unknown->isListed || !root.node->isListed) continue;
+        if (!unknown || unknown->isListed || !root.node->isListed || isLost(root)) continue;
         discard(unknown);
         tree.adopt(root.node, parent, name);
     }
@@ -181,9 +185,22 @@ void TreeWatcher::adoptTopsWithin(FolderNode* top) {
 
 void TreeWatcher::detach(Root& root) {
     FolderNode* node = std::exchange(root.node, nullptr);
-    if (!node || node->parent || node->isDead) return; // it is watched for the sake of a root above it
-    for (const Root& other : roots) {
-        if (other.node && !other.node->isDead && isWithin(other.node, node)) tree.promote(other.node);
+    if (node && node->parent) return; // it is watched for the sake of a root above it
+    // What was seen in it may be looked at still.
+    if (std::ranges::any_of(paths.roots, [&](const std::string& path) { return isBelow(root.path, path); }))
+        pending.noticeFoldersOfInterest(root.path, paths, system.now());
+    if (!node) return;
+    for (Root& other : roots) {
+        if (!isBelow(other.path, root.path) || (other.node && !isWithin(other.node, node))) continue;
+        if (other.node && currentPath(other.node) == other.path) {
+            leave(other.node);
+            tree.promote(other.node);
+            if (other.node->mustCompareBelow) compareAll(other.node);
+            continue;
+        }
+        // It may have been seen, and what would have been told of it is not told any more.
+        other.isAbsenceUntold = true;
+        pending.touchWindow(system.now());
     }
     abandon(node);
 }
@@ -197,8 +214,8 @@ void TreeWatcher::abandon(FolderNode* top) {
 
 bool TreeWatcher::isLost(const Root& root) {
     const auto identity = system.directoryAt(root.path);
-    if (!root.node) return identity || root.isInDoubt;
-    if (root.node->isDead || root.node->hasLostWatch || identity != root.node->identity) return true;
+    if (!root.node) return identity || root.isAbsenceUntold;
+    if (root.node->hasGone || identity != root.node->identity) return true;
     return root.node->parent && currentPath(root.node) != root.path;
 }
 
@@ -213,9 +230,10 @@ void TreeWatcher::checkRoots(WatchTime now) {
 void TreeWatcher::loseRoot(Root& root, WatchTime now) {
     pending.rootChanged(root.path, now);
     FolderNode* node = std::exchange(root.node, nullptr);
-    if (node && !node->isDead && !node->parent) abandon(node);
+    if (node && !node->parent) abandon(node);
     pending.noticeFoldersOfInterest(root.path, paths, now);
     root.watchedFolders = 0;
+    root.isAbsenceUntold = false;
     attach(root);
     mustWatchAncestors = true;
     for (const std::string& path : paths.folders) {

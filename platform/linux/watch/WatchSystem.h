@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -50,6 +51,11 @@ struct AddedWatch {
     int watch = -1; // -1 on failure
     int error{};
 };
+
+// Whether an error says that no folder is there, and not that it cannot be reached.
+inline bool isAbsence(int error) {
+    return error == ENOENT || error == ENOTDIR || error == ELOOP;
+}
 
 // A folder that stays the same one, whatever happens to its path.
 class OpenFolder {

@@ -33,6 +33,7 @@ public:
     // What was not taken is lost, as in a full queue of the kernel.
     void loseBlock();
 
+    ItemIdentity peek(const std::string& path) const; // what is there, which is no call of the watcher
     bool exists(const std::string& path) const { return items.contains(path); }
     // A file that somebody has begun to write and not closed.
     bool isHalfWritten(const std::string& path) const;
@@ -87,7 +88,6 @@ private:
     void act();
     OpenedFolder opened(const std::string& path);
     AddedWatch watched(const std::string& path);
-    ItemIdentity peek(const std::string& path) const;
     void endWatch(const std::string& path);
     std::uint64_t newInode();
     void put(const std::string& path, ItemType type);

@@ -135,6 +135,39 @@ TEST_F(TreeWatcherTest, TellsOfTheRootAgainWhenItGoesInTheMomentInWhichItIsTold)
     EXPECT_TRUE(disk.isWatched("/w"));
 }
 
+TEST_F(TreeWatcherTest, KeepsARootWhoseOuterRootIsGivenUp) {
+    watcher.setInterest({.directoryPaths = {"/w/d/e"}});
+    start();
+    watcher.setRoots({"/w", "/w/d"});
+    disk.makeDirectory("/w/d/e/f");
+    disk.loseBlock();
+    watcher.handleBlock(disk.takeBlock(), disk.time);
+    watcher.setRoots({"/w/d"}); // before anything was compared
+    EXPECT_EQ(toldAfter(), (Tellings{"created dir /w/d/e/f", "look /w/d/e"}));
+
+    watcher.setRoots({"/w", "/w/d"});
+    passOn();
+    disk.move("/w/d", "/w/r");
+    watcher.handleBlock(disk.takeBlock(), disk.time);
+    watcher.setRoots({"/w/d"}); // the folder is not there any more
+    EXPECT_EQ(toldAfter(), (Tellings{"rootChanged /w/d", "look /w/d/e"}));
+    disk.move("/w/r", "/w/d");
+    EXPECT_EQ(toldWithin(seconds(6)), (Tellings{"rootChanged /w/d", "look /w/d/e"}));
+    EXPECT_TRUE(disk.isWatched("/w/d/e/f"));
+}
+
+TEST_F(TreeWatcherTest, ForgetsARootThatGoesFromTheRootAroundIt) {
+    start();
+    watcher.setRoots({"/w", "/w/d"});
+    disk.makeDirectory("/out");
+    disk.move("/w/d", "/out/d");
+    EXPECT_EQ(toldAfter(), (Tellings{"rootChanged /w/d", "removed dir /w/d"}));
+    disk.move("/out/d", "/w/d");
+    EXPECT_EQ(toldAfter(), (Tellings{"rootChanged /w/d", "created dir /w/d"}));
+    EXPECT_EQ(watcher.statistics().folders, 3U);
+    EXPECT_EQ(disk.watchCount(), 3U);
+}
+
 TEST_F(TreeWatcherTest, LooksOnceAtWhatItBeginsToWatch) {
     watcher.setInterest({.documentRootPaths = {"/w"}});
     start();

@@ -29,9 +29,9 @@ std::string joined(const std::set<std::string>& paths) {
 } // namespace
 
 void Keeper::begin(const std::string& directory) {
+    begun.insert(directory);
     forget(directory);
-    if (!disk.isDirectory(directory)) return;
-    items.insert(directory);
+    if (disk.isDirectory(directory) || items.contains(parentOf(directory))) take(directory);
     enter(directory);
 }
 
@@ -44,41 +44,32 @@ void Keeper::apply(const EventStreamBatch& batch) {
     for (std::size_t i = 0; i < batch.size(); ++i) {
         const std::string& path = *batch[i].path;
         if (batch[i].flags & itemRenamed) {
-            const std::string& newPath = *batch.at(++i).path;
-            if (batch[i].flags & itemIsDir)
-                rename(path, newPath);
-            else
-                forget(path), forget(newPath), items.insert(newPath);
+            rename(path, *batch.at(i + 1).path);
+            ++i;
         } else if (batch[i].flags & rootChanged) {
             begin(path);
         } else if (batch[i].flags & itemRemoved) {
             forget(path);
         } else if (batch[i].flags & (itemCreated | itemModified)) {
-            if (batch[i].flags & itemIsFile) forget(path); // it may have been taken for a directory
-            // What is not there to be listed has gone on, and the event about that is to come.
-            if (disk.exists(path)) items.insert(path);
+            take(path);
             if (batch[i].flags & itemIsDir) enter(path);
-        } else if (batch[i].flags == 0 && items.contains(path)) {
+        } else if (const auto known = items.find(path); known != items.end() && known->second.isDirectory()) {
             look(path);
+        } else if (known == items.end() && begun.contains(path)) {
+            begin(path);
         }
     }
 }
 
 std::vector<std::string> Keeper::look(const std::string& directory) {
-    std::set<std::string> entries;
-    if (!disk.isDirectory(directory)) return {};
-    for (const std::string& path : disk.paths()) {
-        if (parentOf(path) == directory) entries.insert(path);
-    }
-    std::vector<std::string> gone;
-    for (const std::string& path : items) {
-        if (parentOf(path) == directory && !entries.contains(path)) gone.push_back(path);
-    }
-    for (const std::string& path : gone) forget(path);
     std::vector<std::string> known;
-    for (const std::string& path : entries) {
-        if (!disk.isDirectory(path)) forget(path); // with what was in a directory that was there
-        const bool isNew = items.insert(path).second;
+    if (!disk.isDirectory(directory)) return known;
+    for (const std::string& path : paths()) {
+        if (parentOf(path) == directory && !disk.exists(path)) forget(path);
+    }
+    for (const std::string& path : disk.paths()) {
+        if (parentOf(path) != directory) continue;
+        const bool isNew = take(path);
         if (!disk.isDirectory(path)) continue;
         if (isNew)
             enter(path);
@@ -88,19 +79,40 @@ std::vector<std::string> Keeper::look(const std::string& directory) {
     return known;
 }
 
+bool Keeper::take(const std::string& path) {
+    const ItemIdentity item = disk.peek(path);
+    const auto known = items.find(path);
+    if (known != items.end() && known->second == item) return false;
+    forget(path);
+    // What is not there has gone on, and the event about that is to come.
+    if (item) items.emplace(path, item);
+    return true;
+}
+
+std::set<std::string> Keeper::paths() const {
+    std::set<std::string> result;
+    for (const auto& [path, item] : items) result.insert(path);
+    return result;
+}
+
+void Keeper::forgetIf(const std::function<bool(const std::string&, ItemIdentity)>& isForgotten) {
+    std::erase_if(items, [&](const auto& entry) { return isForgotten(entry.first, entry.second); });
+}
+
 void Keeper::forget(const std::string& path) {
-    std::erase_if(items, [&](const std::string& each) { return isAtOrBelow(each, path); });
+    forgetIf([&](const std::string& each, ItemIdentity) { return isAtOrBelow(each, path); });
 }
 
 void Keeper::rename(const std::string& path, const std::string& newPath) {
-    std::set<std::string> moved{newPath};
-    for (const std::string& each : items) {
-        if (isAtOrBelow(each, path)) moved.insert(newPath + each.substr(path.size()));
+    std::map<std::string, ItemIdentity> moved;
+    for (const auto& [each, item] : items) {
+        if (isAtOrBelow(each, path)) moved[newPath + each.substr(path.size())] = item;
     }
     forget(path);
     forget(newPath);
     items.insert(moved.begin(), moved.end());
-    for (const std::string& each : moved) look(each);
+    if (take(newPath)) return enter(newPath);
+    for (const auto& [each, item] : moved) look(each);
 }
 
 void Reader::apply(const EventStreamBatch& batch) {
@@ -135,12 +147,10 @@ std::vector<std::string> Reader::paths() const {
     return result;
 }
 
-std::string Reader::difference() const {
-    std::string text;
-    for (const auto& [path, seen] : seenByPath) {
-        if (seen != disk.stateOf(path)) text += " " + path + " seen as " + seen + ", is " + disk.stateOf(path);
-    }
-    return text;
+std::string Reader::difference(const std::string& path) const {
+    const std::string& seen = seenByPath.at(path);
+    const std::string present = disk.stateOf(path);
+    return seen == present ? "" : " " + path + " seen as " + seen + ", is " + present;
 }
 
 WatchGame::WatchGame(std::function<std::uint64_t()> choices, bool losesEvents)
@@ -150,10 +160,10 @@ WatchGame::WatchGame(std::function<std::uint64_t()> choices, bool losesEvents)
     for (const char* path : {"/w", "/out", "/w/a", "/w/a/b", "/w/c", "/w/c/a"}) disk.makeDirectory(path);
     if (choose() % 2 == 0) disk.pathLimit = 5; // so that all but the root's own folders are too far down for a path
     hasKeeper = choose() % 3 != 0;
-    root = choose() % 3 == 0 ? "/w/a" : "/w";
-    watcher.setRoots({root});
+    roots = {choose() % 3 == 0 ? "/w/a" : "/w"};
+    watcher.setRoots({roots.begin(), roots.end()});
     settle();
-    keeper.begin(root);
+    keeper.begin(*roots.begin());
     look();
     disk.beforeEachCall = [this] {
         disk.time += microseconds(choose() % 50);
@@ -172,22 +182,31 @@ void WatchGame::playRound() {
             deliver(choose() % 6);
         else
             pass(milliseconds(choose() % 8));
+        if (choose() % 16 == 0) changeRoots();
     }
     isRough = false;
     settle();
 }
 
 std::string WatchGame::complaint() const {
-    std::set<std::string> present, unwatched;
+    // A root that came and went since the watcher last looked for it may have been seen, and nobody can tell.
+    const auto counts = [this](const std::string& path) {
+        return isWithinRoots(path, [this](const std::string& root) { return disk.isDirectory(root); });
+    };
+    std::set<std::string> present, unwatched, believed = keeper.paths();
+    std::erase_if(believed, [&](const std::string& path) { return !counts(path); });
     for (const std::string& path : disk.paths()) {
-        if (!isAtOrBelow(path, root) || !disk.isDirectory(root)) continue;
+        if (!counts(path)) continue;
         present.insert(path);
         if (disk.isDirectory(path) && !disk.isWatched(path)) unwatched.insert(path);
     }
-    const std::string documents = reader.difference();
-    if ((keeper.items == present || !hasKeeper) && unwatched.empty() && documents.empty()) return {};
-    return "documents" + documents + "\non disk" + joined(present) + "\nbelieved" + joined(keeper.items) +
-           "\nunwatched" + joined(unwatched) + "\nstory" + story;
+    std::string documents;
+    for (const std::string& path : reader.paths()) {
+        if (counts(path)) documents += reader.difference(path);
+    }
+    if ((believed == present || !hasKeeper) && unwatched.empty() && documents.empty()) return {};
+    return "documents" + documents + "\non disk" + joined(present) + "\nbelieved" + joined(believed) + "\nunwatched" +
+           joined(unwatched) + "\nstory" + story;
 }
 
 std::size_t WatchGame::watchesLeftBehind() {
@@ -271,22 +290,55 @@ void WatchGame::pass(std::chrono::nanoseconds time) {
     look();
 }
 
+// Roots can lie within each other.
+void WatchGame::changeRoots() {
+    static const char* const all[] = {"/w", "/w/a", "/w/c", "/out"};
+    const std::string root = all[choose() % 4];
+    const auto isKept = [](const std::string&) { return true; };
+    const bool isNew = roots.insert(root).second;
+    if (!isNew && roots.size() > 1) roots.erase(root);
+    note("roots" + joined(roots));
+    watcher.setRoots({roots.begin(), roots.end()});
+    keeper.forgetIf([&](const std::string& path, ItemIdentity item) {
+        const bool isEntry = isWithinRoots(parentOf(path), isKept);
+        return !isEntry && !(roots.contains(path) && item.isDirectory());
+    });
+    for (const std::string& path : reader.paths()) {
+        if (!isWithinRoots(parentOf(path), isKept)) reader.close(path);
+    }
+    // One that was thought to be gone from the folder around it, which nobody looks at any more, is a root all the
+    // same.
+    for (const std::string& each : roots) {
+        if ((isNew && each == root) || !keeper.knows(each)) keeper.begin(each);
+    }
+    look();
+}
+
+bool WatchGame::isWithinRoots(const std::string& path, const std::function<bool(const std::string&)>& counts) const {
+    return std::ranges::any_of(roots, [&](const std::string& root) { return isAtOrBelow(path, root) && counts(root); });
+}
+
 void WatchGame::look() {
     // What it shows it goes on showing until it hears that it is gone.
-    std::erase_if(shown, [this](const std::string& path) { return !keeper.items.contains(path); });
-    for (const std::string& path : keeper.items) {
+    std::erase_if(shown, [this](const std::string& path) { return !keeper.knows(path); });
+    if (hasKeeper) shown.insert(roots.begin(), roots.end());
+    for (const std::string& path : keeper.paths()) {
         if (hasKeeper && disk.isDirectory(path)) shown.insert(path);
     }
     watcher.setInterest({.directoryPaths = {shown.begin(), shown.end()}, .documentPaths = reader.paths()});
 }
 
 void WatchGame::read() {
-    if (!keeper.items.contains(root)) return; // a root that is away is looked for now and then only
+    // A root that is away is looked for now and then only.
+    const auto isKnown = [this](const std::string& root) { return keeper.knows(root); };
     const std::vector<std::string> documents = reader.paths();
-    if (!documents.empty() && choose() % 4 == 0) reader.lookAt(documents[choose() % documents.size()]);
+    if (!documents.empty() && choose() % 4 == 0) {
+        const std::string& path = documents[choose() % documents.size()];
+        if (isWithinRoots(path, isKnown)) reader.lookAt(path);
+    }
     if (documents.size() > 2 || choose() % 4 != 0) return;
     const std::string path = any("/w", false);
-    if (disk.isDirectory(path) || path == root || !isAtOrBelow(path, root)) return;
+    if (disk.isDirectory(path) || roots.contains(path) || !isWithinRoots(path, isKnown)) return;
     note("open " + path);
     reader.open(path);
     look();

@@ -24,9 +24,13 @@ public:
     void enter(const std::string& directory);
     void apply(const EventStreamBatch& batch);
 
-    std::set<std::string> items{};
+    std::set<std::string> paths() const;
+    bool knows(const std::string& path) const { return items.contains(path); }
+    void forgetIf(const std::function<bool(const std::string&, ItemIdentity)>& isForgotten);
 
 private:
+    // Takes what is there for what is to be kept. False when that is known already.
+    bool take(const std::string& path);
     // Takes the entries of the directory for all that is in it. Enters new ones; returns the directories among the
     // others.
     std::vector<std::string> look(const std::string& directory);
@@ -34,6 +38,8 @@ private:
     void rename(const std::string& path, const std::string& newPath);
 
     const FakeDisk& disk;
+    std::map<std::string, ItemIdentity> items{};
+    std::set<std::string> begun{};
 };
 
 // Has documents open, and looks at each that the notifications, or he himself, come near to. A document follows its
@@ -43,11 +49,12 @@ public:
     explicit Reader(const FakeDisk& fakeDisk) : disk(fakeDisk) {}
 
     void open(const std::string& path) { seenByPath[path] = disk.stateOf(path); }
+    void close(const std::string& path) { seenByPath.erase(path); }
     void lookAt(const std::string& path) { seenByPath.at(path) = disk.stateOf(path); }
     void apply(const EventStreamBatch& batch);
 
     std::vector<std::string> paths() const;
-    std::string difference() const;
+    std::string difference(const std::string& path) const;
 
 private:
     void follow(const std::string& path, const std::string& newPath);
@@ -83,6 +90,8 @@ private:
     void operate();
     void deliver(std::size_t count);
     void pass(std::chrono::nanoseconds time);
+    void changeRoots();
+    bool isWithinRoots(const std::string& path, const std::function<bool(const std::string&)>& counts) const;
     void look();
     void read();
     void settle();
@@ -90,7 +99,7 @@ private:
     const bool isLossy;
     const std::function<std::uint64_t()> choose;
     bool isRough = false;
-    std::string root{};
+    std::set<std::string> roots{};
     bool hasKeeper = true; // otherwise nobody is interested in more than the documents
     FakeDisk disk{};
     TreeWatcher watcher;
