@@ -115,14 +115,6 @@ void remapCachedNodesBelow(const std::vector<WorkspacePathRemap>& directoryRemap
     }
 }
 
-std::string nearestLoadedAncestor(const std::string& directoryPath, const ManagedWorkspace& workspace) {
-    std::string path = parentPath(directoryPath);
-    while (path != workspace.rootPath && path != "/" && !workspace.loadedDirectoryPaths.contains(path)) {
-        path = parentPath(path);
-    }
-    return path;
-}
-
 } // namespace
 
 std::string workspaceMutationKey(const WorkspaceBrowserMutationPayload& payload) {
@@ -222,15 +214,6 @@ void cacheRefreshedListing(WorkspaceDirectoryListing listing, DirectoryRefreshPa
     }
     if (hasChanged) pass.changedPayloads.push_back(payload);
     cacheWorkspaceDirectoryPayload(std::move(listing), workspace);
-}
-
-void passOverMissingDirectory(const std::string& directoryPath, DirectoryRefreshPass& pass,
-                              ManagedWorkspace& workspace) {
-    const std::string ancestorPath = nearestLoadedAncestor(directoryPath, workspace);
-    if (pass.processedPaths.contains(ancestorPath)) return removeLoadedWorkspaceDirectory(directoryPath, workspace);
-    pass.processedPaths.erase(directoryPath);
-    pass.pendingPaths.insert(directoryPath);
-    pass.pendingPaths.insert(ancestorPath);
 }
 
 void enterListedMutation(WorkspaceBrowserMutationPayload mutation, DirectoryRefreshPass& pass) {

@@ -55,7 +55,7 @@ using WorkspaceDirectoryPaths = std::set<std::string, AscendingWorkspaceDirector
 
 struct DirectoryRefreshPass {
     std::string rootPath{};
-    WorkspaceDirectoryPaths pendingPaths{};
+    WorkspaceDirectoryPaths pendingPaths{}; // with each of them, all loaded directories above it
     std::set<std::string> processedPaths{};
     WorkspaceMutationsByKey external{};
     std::unordered_set<std::string> listedKeys{}; // of those that listings alone have shown, and no event
@@ -92,11 +92,6 @@ void remapMovedNodes(const WorkspaceBrowserDirectoryPayload& payload, DirectoryR
 
 // Remembers the listing, and whether the client has to be told of it.
 void cacheRefreshedListing(WorkspaceDirectoryListing listing, DirectoryRefreshPass& pass, ManagedWorkspace& workspace);
-
-// What becomes of a loaded directory that is not there: it waits until the nearest loaded directory above it has been
-// listed, which may show where it went, and is given up after that.
-void passOverMissingDirectory(const std::string& directoryPath, DirectoryRefreshPass& pass,
-                              ManagedWorkspace& workspace);
 
 // Enters what a listing has shown.
 void enterListedMutation(WorkspaceBrowserMutationPayload mutation, DirectoryRefreshPass& pass);

@@ -49,7 +49,8 @@ void EditorDocumentDaemon::emitWorkspaceDirectoryUpdates(DirectoryRefreshPass pa
             refreshWorkspaceDirectory(*directoryPath, emitMutationEvents, pass, workspace->second);
         } catch (const PlatformError& error) {
             if (*directoryPath == pass.rootPath) return dropUnlistableRoot(pass.rootPath, error);
-            passOverMissingDirectory(*directoryPath, pass, workspace->second);
+            // What is loaded above it was listed before, and would have shown where it went.
+            removeLoadedWorkspaceDirectory(*directoryPath, workspace->second);
         }
     }
     pruneWorkspaceCache(workspace->second);
