@@ -167,6 +167,7 @@ TEST_F(MutationRequests, Refusals) {
         {"copy to nothing", copy("no"), noDestination},
         {"rename to the outside", rename("no", "../y"), outside},
         {"move to the outside", move("f", "d/../../y"), outside},
+        {"move to where the item would be the root", move("d/w", ".."), outside},
         {"copy to a neighbour", copy("f", "../w2"), outside},
         {"duplicate to the outside", duplicate("f", "../y"), outside},
         {"rename of what is gone", rename("no", "f"), sourceGone},

@@ -4,11 +4,14 @@
 
 #include <filesystem>
 
+#include "platform/linux/files/LinuxFileIdentification.h"
 #include "platform/linux/files/LinuxFileManager.h"
+#include "platform/linux/text/ICUCollation.h"
 #include "tests/support/ErrorOf.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/VariableEnvironment.h"
+#include "workspace/DirectoryListing.h"
 
 namespace {
 
@@ -125,6 +128,23 @@ TEST_F(WorkspacePathRules, ResolvedDestinationPath) {
     EXPECT_EQ(errorCode([&] { resolved(path("b"), "/elsewhere/z", required); }), 2200);
     EXPECT_EQ(errorCode([&] { resolved("/elsewhere", path("a/x.txt"), required); }), 2200);
     EXPECT_EQ(errorCode([&] { resolved(path("../up"), path("a/x.txt"), required); }), 2200);
+    EXPECT_EQ(errorCode([&] { resolved(root(), "/elsewhere/..", SourceWithinRoot::notRequired); }), 2200);
+}
+
+TEST_F(WorkspacePathRules, OnlyDirectoriesOfTheRootAreListed) {
+    makeTree(root(), "w/d/f w2/");
+    const LinuxFileIdentification fileIdentification;
+    const ICUCollation collation(environment);
+    StableNodeIDTable stableNodeIDs;
+    const std::pair<std::string, std::int64_t> cases[] = {{"w", 0},         {"w/d", 0},   {"w/d/f", 2001},
+                                                          {"w/gone", 2001}, {"w2", 2200}, {"", 2200}};
+    for (const auto& [listed, code] : cases) {
+        const auto list = [&] {
+            loadWorkspaceDirectory(path("w"), path(listed),
+                                   {fileManager, fileIdentification, collation, stableNodeIDs});
+        };
+        EXPECT_EQ(errorCode(list), code) << listed;
+    }
 }
 
 } // namespace
