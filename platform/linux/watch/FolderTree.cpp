@@ -196,7 +196,8 @@ bool isWithin(const FolderNode* folder, const FolderNode* ancestor) {
 
 std::string joinedPath(std::string directoryPath, std::string_view name) {
     if (!directoryPath.ends_with('/')) directoryPath += '/';
-    return directoryPath += name;
+    directoryPath += name;
+    return directoryPath;
 }
 
 std::string currentPath(const FolderNode* folder) {
