@@ -138,6 +138,7 @@ Handled escapeWindow(const char* window, std::size_t length, char* end) {
         char* const runEnd = copyRun(window + position, marked - position, end);
         const Handled handled = byte < 0x80 ? write(writtenEscapes[byte], 1, runEnd)
                                             : writeLongEscape({window + marked, paragraphSeparator.size()}, runEnd);
+        // What was marked in vain is copied with the rest of its run; to end the run there would be slower, no more.
         if (handled.length == 0) continue;
         end = handled.end;
         position = marked + handled.length;
