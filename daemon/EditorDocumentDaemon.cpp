@@ -18,6 +18,7 @@ constexpr std::string_view outOfMemory = "The request needs more memory than the
 
 EditorDocumentDaemon::EditorDocumentDaemon(DaemonPlatform daemonPlatform)
     : platform(std::move(daemonPlatform)),
+      output(*platform.output),
       queue(platform.queue.get()),
       workspaceIndexingQueue(platform.workspaceIndexingQueue.get()),
       fileManager(*platform.fileManager),
@@ -60,7 +61,7 @@ void EditorDocumentDaemon::handle(std::string_view line) {
 
 void EditorDocumentDaemon::emit(const std::optional<EncodedLine>& line) {
     assert(queue->isCurrent());
-    if (line) line->writeTo(*platform.output);
+    if (line) line->writeTo(output);
 }
 
 void EditorDocumentDaemon::respondFailure(const EditorDocumentDaemonRequest& request, std::string message) {

@@ -12,6 +12,7 @@
 
 #include "daemon/DaemonPlatform.h"
 #include "daemon/EncodedLine.h"
+#include "daemon/GatheredOutput.h"
 #include "documents/DocumentLoading.h"
 #include "documents/ManagedDocument.h"
 #include "identity/StableNodeIDTable.h"
@@ -75,11 +76,9 @@ private:
     void handleDeleteWorkspaceItem(EditorDocumentDaemonRequest request);
 
     // The one door by which envelopes leave. An envelope that cannot be encoded is dropped. Where state goes with an
-    // envelope, the line is made first: for want of memory that can fail, and then nothing is to have changed.
-    void write(EditorDocumentDaemonEnvelope&& envelope) { emit(encodedLine(std::move(envelope))); }
-    static std::optional<EncodedLine> encodedLine(EditorDocumentDaemonEnvelope&& envelope) {
-        return EncodedLine::of(envelope);
-    }
+    // envelope, the line is made first and emitted last: for want of memory the making can fail, and then nothing is to
+    // have changed.
+    void write(EditorDocumentDaemonEnvelope&& envelope) { emit(EncodedLine::of(std::move(envelope))); }
     void emit(const std::optional<EncodedLine>& line);
     void respondFailure(const EditorDocumentDaemonRequest& request, std::string message);
     void respondUnreadable(std::string_view description);
@@ -187,6 +186,7 @@ private:
     void emitMutations(DirectoryRefreshPass& pass);
 
     const DaemonPlatform platform;
+    GatheredOutput output;
     Queue* const queue;
     Queue* const workspaceIndexingQueue;
     FileManager& fileManager;

@@ -19,7 +19,7 @@ bool hasLongText(const EditorDocumentDaemonEnvelope& envelope) {
 
 } // namespace
 
-std::optional<EncodedLine> EncodedLine::of(EditorDocumentDaemonEnvelope& envelope) {
+std::optional<EncodedLine> EncodedLine::of(EditorDocumentDaemonEnvelope&& envelope) {
     if (!hasLongText(envelope)) {
         auto json = encodeRecord(envelope);
         if (!json) return std::nullopt;

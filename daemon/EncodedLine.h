@@ -16,8 +16,9 @@
 // rest is made, and there never is a second text in memory.
 class EncodedLine {
 public:
-    // Absent when the envelope holds what JSON cannot say. A long text of its snapshot is taken out of it.
-    static std::optional<EncodedLine> of(EditorDocumentDaemonEnvelope& envelope);
+    // Absent when the envelope holds what JSON cannot say. A long text of its snapshot is taken out of it, and the rest
+    // is left as it was.
+    static std::optional<EncodedLine> of(EditorDocumentDaemonEnvelope&& envelope);
 
     void writeTo(Output& output) const;
 

@@ -21,7 +21,7 @@ void EditorDocumentDaemon::checkDocumentForChanges(const std::string& documentID
 }
 
 void EditorDocumentDaemon::markMissing(ManagedDocument& document) {
-    const auto event = encodedLine({
+    const auto event = EncodedLine::of({
         .kind = EditorDocumentEnvelopeKind::event,
         .event = EditorDocumentEventKind::deleted,
         .documentID = document.documentID,
@@ -55,7 +55,7 @@ void EditorDocumentDaemon::tellReloaded(ManagedDocument& document, LoadedDocumen
     ++reloaded.version;
     reloaded.format = loaded.format;
     reloaded.metadata = loaded.metadata;
-    const auto event = encodedLine({
+    const auto event = EncodedLine::of({
         .kind = EditorDocumentEnvelopeKind::event,
         .event = EditorDocumentEventKind::updated,
         .documentID = reloaded.documentID,

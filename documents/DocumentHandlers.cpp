@@ -28,7 +28,7 @@ void EditorDocumentDaemon::handleOpen(EditorDocumentDaemonRequest request) {
     if (document.documentID.empty()) document.documentID = platform.makeUUID();
     document.format = loaded.format;
     document.metadata = loaded.metadata;
-    const auto answer = encodedLine({
+    const auto answer = EncodedLine::of({
         .kind = EditorDocumentEnvelopeKind::response,
         .requestID = request.requestID,
         .command = request.command,
@@ -58,7 +58,7 @@ void EditorDocumentDaemon::handleSave(EditorDocumentDaemonRequest request) {
     PreparedSave save(document.path, *bytes, fileManager);
     document.metadata = save.metadata();
     ++document.version;
-    const auto answer = encodedLine({
+    const auto answer = EncodedLine::of({
         .kind = EditorDocumentEnvelopeKind::response,
         .requestID = request.requestID,
         .command = request.command,

@@ -2,7 +2,6 @@
 #include <cassert>
 
 #include "daemon/EditorDocumentDaemon.h"
-#include "daemon/GatheredOutput.h"
 #include "documents/DocumentRetargeting.h"
 #include "platform/PlatformError.h"
 #include "watch/DirectoryRefreshPass.h"
@@ -138,9 +137,9 @@ void EditorDocumentDaemon::emitMutations(DirectoryRefreshPass& pass) {
         .event = EditorDocumentEventKind::workspaceMutation,
         .workspaceRootPath = rootPath,
     };
-    GatheredOutput output(*platform.output);
+    const GatheredOutput::Row row(output);
     for (WorkspaceBrowserMutationPayload& mutation : workspaceMutationSort(std::move(mutations), collation)) {
         envelope.workspaceMutation = std::move(mutation);
-        if (const auto line = EncodedLine::of(envelope)) line->writeTo(output);
+        emit(EncodedLine::of(std::move(envelope)));
     }
 }

@@ -82,7 +82,7 @@ std::optional<EncodedLine> EditorDocumentDaemon::encodedListing(const EditorDocu
         .workspaceRootPath = rootPath,
         .workspaceDirectory = std::move(listing),
     };
-    auto line = EncodedLine::of(envelope);
+    auto line = EncodedLine::of(std::move(envelope));
     listing = std::move(*envelope.workspaceDirectory);
     return line;
 }

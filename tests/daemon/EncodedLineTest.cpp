@@ -40,7 +40,7 @@ TEST(EncodedLine, IsTheRecordWhateverTheTextAndItsLength) {
                 auto envelope = envelopeWith(repeated(unit, size), std::string(identifierSize, 'r'));
                 const std::string expected = encodeRecord(envelope).value() + '\n';
                 PieceOutput output;
-                EncodedLine::of(envelope).value().writeTo(output);
+                EncodedLine::of(std::move(envelope)).value().writeTo(output);
                 std::string written;
                 for (const std::string& part : output.pieces) written += part;
                 ASSERT_TRUE(written == expected) << unit << " " << size << " " << identifierSize;
@@ -52,7 +52,7 @@ TEST(EncodedLine, IsTheRecordWhateverTheTextAndItsLength) {
 TEST(EncodedLine, IsWrittenAtOnceUnlessItHasALongText) {
     const auto writesOf = [](EditorDocumentDaemonEnvelope envelope) {
         PieceOutput output;
-        EncodedLine::of(envelope).value().writeTo(output);
+        EncodedLine::of(std::move(envelope)).value().writeTo(output);
         return output.pieces;
     };
     EXPECT_EQ(writesOf(envelopeWith("short")).size(), 1);
@@ -69,9 +69,9 @@ TEST(EncodedLine, IsAbsentWhereJSONCannotSayIt) {
     for (const std::string& text : {std::string("short"), longText}) {
         auto endless = envelopeWith(text);
         endless.snapshot->modifiedAtTimeIntervalSince1970 = std::numeric_limits<double>::infinity();
-        EXPECT_FALSE(EncodedLine::of(endless)) << text.size();
+        EXPECT_FALSE(EncodedLine::of(std::move(endless))) << text.size();
         auto noText = envelopeWith(text, "caf\xE9");
-        EXPECT_FALSE(EncodedLine::of(noText)) << text.size();
+        EXPECT_FALSE(EncodedLine::of(std::move(noText))) << text.size();
     }
 }
 
