@@ -462,11 +462,12 @@ TEST(WatchEvents, ManyChangesCostInProportion) {
         }
         return sum;
     };
-    const int questionsBefore = questions();
+    const int questionsBefore = questions(), writesBefore = daemon.writeCount();
     daemon.fileIdentification->listingCounts.clear();
     const Envelopes told = daemon.notify(std::move(batch));
 
     EXPECT_LE(questions() - questionsBefore, 6 * count);
+    EXPECT_LE(daemon.writeCount() - writesBefore, count / 20);
     EXPECT_EQ(daemon.fileIdentification->listingCounts,
               (std::map<std::string, int>{{rootPath, 1}, {rootPath + "/many", 1}}));
     ASSERT_EQ(told.size(), std::size_t{count + 1});

@@ -9,6 +9,7 @@ class DaemonHarness::CollectingOutput final : public Output {
 public:
     // An envelope with a long text comes in several pieces, and many short ones come together.
     void write(std::string_view bytes) override {
+        ++writeCount;
         unread += bytes;
         for (std::size_t end = unread.find('\n'); end != unread.npos; end = unread.find('\n')) {
             const std::string line = unread.substr(0, end + 1);
@@ -18,6 +19,8 @@ public:
         }
     }
     std::vector<EditorDocumentDaemonEnvelope> take() { return std::exchange(envelopes, {}); }
+
+    int writeCount = 0;
 
 private:
     std::string unread;
@@ -35,6 +38,10 @@ DaemonHarness::DaemonHarness() {
     install<CollectingOutput>(platform.errorOutput);
     linuxFileManager = std::make_unique<LinuxFileManager>(*environment);
     putTogether(std::move(platform), *linuxFileManager);
+}
+
+int DaemonHarness::writeCount() const {
+    return output->writeCount;
 }
 
 std::vector<EditorDocumentDaemonEnvelope> DaemonHarness::sendLine(const std::string& line) {

@@ -19,6 +19,9 @@ class DaemonHarness : public SteppedDaemon {
 public:
     DaemonHarness();
 
+    // How often anything was handed to the system.
+    int writeCount() const;
+
     // Answers one line as it would arrive, and returns all envelopes that it caused.
     std::vector<EditorDocumentDaemonEnvelope> sendLine(const std::string& line);
 
