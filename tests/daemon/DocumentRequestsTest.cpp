@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <stdexcept>
 
 #include "tests/support/DaemonHarness.h"
 #include "tests/support/Files.h"
@@ -125,13 +126,21 @@ TEST_F(DocumentRequests, WhatTheEncodingCannotHoldIsNotSaved) {
     EXPECT_EQ(daemon.save(document.documentID, document.text, 1).success, true);
 }
 
-TEST_F(DocumentRequests, AFailedSaveTakesTheSharedFormAndLeavesTheDocument) {
+TEST_F(DocumentRequests, WhateverASaveFailsWithTakesTheSharedFormAndLeavesTheDocument) {
     const auto document = opened("a.txt", "one");
-    daemon.fileManager->failCall(FileOperation::prepareReplacement, 1, PlatformError("POSIX", 28, "No space."));
-    const auto response = daemon.save(document.documentID, "two", 1);
-    EXPECT_EQ(response, (EditorDocumentDaemonEnvelope{.kind = EditorDocumentEnvelopeKind::response,
-                                                      .success = false,
-                                                      .message = "Failed to decode request: No space."}));
+    const std::pair<std::string, std::function<void()>> cases[] = {
+        {"No space.", [] { throw PlatformError("POSIX", 28, "No space."); }},
+        {"too long", [] { throw std::length_error("too long"); }},
+        {"The request needs more memory than there is.", [] { throw std::bad_alloc(); }},
+    };
+    for (const auto& [description, fail] : cases) {
+        const int calls = daemon.fileManager->callCount(FileOperation::prepareReplacement);
+        daemon.fileManager->beforeCall(FileOperation::prepareReplacement, calls + 1, fail);
+        const auto response = daemon.save(document.documentID, "two", 1);
+        EXPECT_EQ(response, (EditorDocumentDaemonEnvelope{.kind = EditorDocumentEnvelopeKind::response,
+                                                          .success = false,
+                                                          .message = "Failed to decode request: " + description}));
+    }
     EXPECT_EQ(daemon.checkDocument(document.documentID), Envelopes{});
     EXPECT_EQ(daemon.save(document.documentID, "two", 1).snapshot->version, 2);
 }
