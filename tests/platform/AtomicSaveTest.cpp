@@ -13,7 +13,6 @@
 #include "tests/support/DirectorySnapshot.h"
 #include "tests/support/ErrorOf.h"
 #include "tests/support/Files.h"
-#include "tests/support/MountedDisk.h"
 #include "tests/support/OrdinaryUser.h"
 #include "tests/support/SystemCallTracer.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -291,17 +290,6 @@ TEST(AtomicSave, TheReturnedAttributesAreThoseOfTheFileUntilSomeoneElseWrites) {
         },
         {{1, FaultKind::interlude, 0, [&] { writeFile(path, "foreign"); }, "fsync"}});
     EXPECT_EQ(trace.message, "noticed");
-}
-
-TEST(AtomicSave, ADiskThatGetsFullHalfWayKeepsTheOldFile) {
-    const TemporaryDirectory directory;
-    const MountedDisk disk(directory.path("disk"), "size=64k");
-    if (!disk.reason.empty()) GTEST_SKIP() << disk.reason;
-    const std::string path = disk.path + "/file";
-    replaceFile(path, oldBytes);
-    const DirectorySnapshot before = snapshotOf(disk.path);
-    EXPECT_EQ(errorOf([&] { replaceFile(path, std::string(100'000, 'n')); }).code, ENOSPC);
-    EXPECT_EQ(snapshotOf(disk.path), before);
 }
 
 } // namespace

@@ -172,15 +172,6 @@ TEST(CopyItem, DepthKnowsNoLimitAndNeedsFewDescriptors) {
     for (const char* name : {"/deep", "/copy"}) removeItem(disk.path + name);
 }
 
-TEST(CopyItem, ADiskThatGetsFullHalfWayIsLeftAsItWas) {
-    const TemporaryDirectory directory;
-    const MountedDisk disk(directory.path("disk"));
-    if (!disk.reason.empty()) GTEST_SKIP() << disk.reason;
-    writeFile(directory.path("file"), std::string(3'000'000, 'x'));
-    EXPECT_EQ(errorOfCopy(directory.path("file"), disk.path + "/copy"), ENOSPC);
-    EXPECT_TRUE(fs::is_empty(disk.path));
-}
-
 TEST(CopyItem, AnOrdinaryUserCopiesWhatMayBeReadOrNothing) {
     if (::geteuid() != 0 || !canTraceSystemCalls()) GTEST_SKIP() << "needs root, to be another user for a while";
     struct Row {

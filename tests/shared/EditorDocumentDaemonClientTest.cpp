@@ -40,27 +40,6 @@ protected:
     std::vector<std::string> noted{};
 };
 
-TEST_F(EditorDocumentDaemonClientTest, SavesAFileAndTellsOfChanges) {
-    writeFile(home.path("diary.txt"), "Dear diary,\n");
-    EditorDocumentDaemonClient client(DAEMON_EXECUTABLE);
-    std::vector<EditorDocumentDaemonEnvelope> events;
-    client.onEvent = [&](const auto& event) { events.push_back(event); };
-    ASSERT_TRUE(client.ask({.command = Command::openWorkspace, .rootPath = home.path()}).success.value());
-    const auto document = client.ask({.command = Command::open, .path = home.path("diary.txt")}).snapshot.value();
-    EXPECT_EQ(document.text, "Dear diary,\n");
-    EXPECT_TRUE(client
-                    .ask({.command = Command::save,
-                          .documentID = document.documentID,
-                          .text = "all is well\n",
-                          .expectedVersion = document.version})
-                    .success.value());
-    EXPECT_EQ(readFile(home.path("diary.txt")), "all is well\n");
-
-    client.ask({.command = Command::createWorkspaceFile, .rootPath = home.path(), .name = "new.txt"});
-    waitUntil(client, [&] { return !events.empty(); });
-    EXPECT_EQ(events.front().event, EditorDocumentEventKind::workspaceMutation);
-}
-
 TEST_F(EditorDocumentDaemonClientTest, GivesAFailureWithoutNameToTheOldestRequest) {
     EditorDocumentDaemonClient client(DAEMON_EXECUTABLE);
     client.send({.command = Command::close, .documentID = "none"}, note("first"));

@@ -79,32 +79,6 @@ TEST(RecordCoding, whatJSONCannotSayIsRefused) {
     EXPECT_EQ(encodeRecord(EditorDocumentDaemonRequest{.text = "half a pair \xED\xA0\x80"}), std::nullopt);
 }
 
-template <typename Enumeration>
-void checkNames(std::initializer_list<std::string_view> names) {
-    std::vector<std::string_view> found;
-    for (const auto& [value, name] : enumerationNames<Enumeration>) {
-        EXPECT_EQ(static_cast<std::size_t>(value), found.size()) << name;
-        EXPECT_EQ(enumerationNamed<Enumeration>(name), value);
-        EXPECT_EQ(nameOf(value), name);
-        found.push_back(name);
-    }
-    EXPECT_EQ(found, std::vector<std::string_view>(names));
-}
-
-TEST(RecordCoding, enumerationsHaveTheNamesOfTheProtocol) {
-    checkNames<EditorDocumentRequestCommand>({"open", "save", "close", "openWorkspace", "closeWorkspace",
-                                              "loadWorkspaceChildren", "createWorkspaceFile", "createWorkspaceFolder",
-                                              "renameWorkspaceItem", "moveWorkspaceItem", "copyWorkspaceItem",
-                                              "duplicateWorkspaceItem", "trashWorkspaceItem", "deleteWorkspaceItem"});
-    checkNames<EditorDocumentEnvelopeKind>({"response", "event"});
-    checkNames<EditorDocumentEventKind>({"updated", "deleted", "unavailable", "workspaceChildrenUpdated",
-                                         "workspaceRootUnavailable", "workspaceMutation"});
-    checkNames<WorkspaceBrowserMutationKind>(
-        {"createdFile", "createdFolder", "renamed", "moved", "copied", "duplicated", "trashed", "deleted"});
-    checkNames<WorkspaceBrowserMutationOrigin>({"internalOperation", "externalWatch"});
-    checkNames<EditorDocumentNewlineStyle>({"lf", "crlf", "cr"});
-}
-
 // A record's list that leaves a member out, wherever it stands, must not compile.
 struct Triple {
     std::string first{};
