@@ -48,7 +48,6 @@ bool becomesReadable(int descriptor) {
 
 DaemonProcess::DaemonProcess(std::vector<std::string> arguments, std::vector<std::string> environment,
                              const std::vector<std::string>& launcher) {
-    std::signal(SIGPIPE, SIG_IGN);
     const auto inputPipe = makePipe();
     const auto outputPipe = makePipe();
     const auto errorPipe = makePipe();
@@ -61,8 +60,11 @@ DaemonProcess::DaemonProcess(std::vector<std::string> arguments, std::vector<std
     arguments.insert(arguments.begin(), DAEMON_EXECUTABLE);
     arguments.insert(arguments.begin(), launcher.begin(), launcher.end());
     for (char** variable = environ; *variable; ++variable) environment.emplace_back(*variable);
+    // A child inherits what is ignored, and is to see to that itself.
+    std::signal(SIGPIPE, SIG_DFL);
     const int failure = ::posix_spawnp(&child, arguments[0].c_str(), &actions, nullptr, pointers(arguments).data(),
                                        pointers(environment).data());
+    std::signal(SIGPIPE, SIG_IGN);
     ::posix_spawn_file_actions_destroy(&actions);
     for (const int end : {inputPipe[0], outputPipe[1], errorPipe[1]}) ::close(end);
     input = inputPipe[1];
