@@ -87,12 +87,13 @@ private:
     const ManagedDocument* requestedDocument(const EditorDocumentDaemonRequest& request) const;
     void markMissing(ManagedDocument& document);
     void reload(ManagedDocument& document);
-    void tellReloaded(ManagedDocument& document, LoadedDocument loaded);
+    void tellLoaded(ManagedDocument& document, const std::string& path, LoadedDocument loaded);
 
     // Documents that follow their files.
     void retargetManagedDocuments(const std::string& sourcePath, const std::string& destinationPath,
                                   EmitUpdatedEvents emitUpdatedEvents);
     void markManagedDocumentsDeleted(const std::string& atOrWithin);
+    void follow(ManagedDocument& document, const std::string& newPath);
     bool followsOutsideRename(const ManagedDocument& document, const std::string& newPath) const;
     void moveDocument(ManagedDocument& document, std::string newPath);
     void forgetPath(const ManagedDocument& document);

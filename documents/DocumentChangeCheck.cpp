@@ -42,7 +42,7 @@ void EditorDocumentDaemon::reload(ManagedDocument& document) {
         });
     };
     try {
-        tellReloaded(document, loadDocument(document.path, fileManager, textCoding));
+        tellLoaded(document, document.path, loadDocument(document.path, fileManager, textCoding));
     } catch (const PlatformError& error) {
         tellUnavailable(error.localizedDescription);
     } catch (const std::bad_alloc&) {
@@ -50,17 +50,22 @@ void EditorDocumentDaemon::reload(ManagedDocument& document) {
     }
 }
 
-void EditorDocumentDaemon::tellReloaded(ManagedDocument& document, LoadedDocument loaded) {
-    ManagedDocument reloaded = document;
-    ++reloaded.version;
-    reloaded.format = loaded.format;
-    reloaded.metadata = loaded.metadata;
+void EditorDocumentDaemon::tellLoaded(ManagedDocument& document, const std::string& path, LoadedDocument loaded) {
+    ManagedDocument told = document;
+    told.path = path;
+    ++told.version;
+    told.format = loaded.format;
+    told.metadata = loaded.metadata;
     const auto event = EncodedLine::of({
         .kind = EditorDocumentEnvelopeKind::event,
         .event = EditorDocumentEventKind::updated,
-        .documentID = reloaded.documentID,
-        .snapshot = documentSnapshot(reloaded, std::move(loaded.text)),
+        .documentID = told.documentID,
+        .snapshot = documentSnapshot(told, std::move(loaded.text)),
     });
-    document = std::move(reloaded);
+    if (told.path != document.path) {
+        documentIDByPath[told.path] = told.documentID;
+        forgetPath(document);
+    }
+    document = std::move(told);
     emit(event);
 }

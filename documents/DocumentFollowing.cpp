@@ -1,4 +1,5 @@
 #include <cassert>
+#include <new>
 
 #include "daemon/EditorDocumentDaemon.h"
 #include "documents/DocumentLoading.h"
@@ -19,8 +20,7 @@ void EditorDocumentDaemon::retargetManagedDocuments(const std::string& sourcePat
         if (emitUpdatedEvents == EmitUpdatedEvents::no) {
             moveDocument(document, std::move(newPath));
         } else if (followsOutsideRename(document, newPath)) {
-            moveDocument(document, std::move(newPath));
-            reload(document);
+            follow(document, newPath);
         }
     }
 }
@@ -47,6 +47,20 @@ void EditorDocumentDaemon::moveDocument(ManagedDocument& document, std::string n
 void EditorDocumentDaemon::forgetPath(const ManagedDocument& document) {
     const auto entry = documentIDByPath.find(document.path);
     if (entry != documentIDByPath.end() && entry->second == document.documentID) documentIDByPath.erase(entry);
+}
+
+// The client learns a path together with the text at it. Where there is none to tell, daemon and client both stay with
+// the path that they have: what is told next would else be about a file that the client does not know.
+void EditorDocumentDaemon::follow(ManagedDocument& document, const std::string& newPath) {
+    LoadedDocument loaded;
+    try {
+        loaded = loadDocument(newPath, fileManager, textCoding);
+    } catch (const PlatformError&) {
+        return;
+    } catch (const std::bad_alloc&) {
+        return;
+    }
+    tellLoaded(document, newPath, std::move(loaded));
 }
 
 // A program that saves by renaming the old file away leaves another at the old path, and there the document stays.
