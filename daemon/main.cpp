@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <system_error>
 
 #include "daemon/EditorDocumentDaemon.h"
 #include "daemon/LinuxDaemonPlatform.h"
@@ -13,6 +14,17 @@
 namespace {
 
 constexpr int usageError = 64;
+constexpr int systemError = 71;
+
+// All threads start here, so that a lack of them later on cannot end a daemon that holds documents.
+std::shared_ptr<EditorDocumentDaemon> daemonWithItsThreads() {
+    try {
+        return std::make_shared<EditorDocumentDaemon>(linuxDaemonPlatform());
+    } catch (const std::system_error& error) {
+        std::fprintf(stderr, "EditorDocumentDaemon: no thread can be started: %s\n", error.what());
+        std::_Exit(systemError);
+    }
+}
 
 } // namespace
 
@@ -26,7 +38,7 @@ int main(int argumentCount, char**) {
     std::signal(SIGXFSZ, SIG_IGN);
     enlargePipe(STDIN_FILENO);
 
-    const auto daemon = std::make_shared<EditorDocumentDaemon>(linuxDaemonPlatform());
+    const auto daemon = daemonWithItsThreads();
     DescriptorLineInput input(STDIN_FILENO);
     daemon->run(input);
 

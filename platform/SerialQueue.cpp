@@ -7,7 +7,7 @@
 #include <utility>
 
 SerialQueue::SerialQueue(std::string queueLabel, std::function<void()> threadPreparation)
-    : label(std::move(queueLabel)), prepareThread(std::move(threadPreparation)) {}
+    : label(std::move(queueLabel)), prepareThread(std::move(threadPreparation)), thread([this] { runThread(); }) {}
 
 SerialQueue::~SerialQueue() {
     {
@@ -15,7 +15,7 @@ SerialQueue::~SerialQueue() {
         isEnding = true;
         threadWakeUp.notify_one();
     }
-    if (thread.joinable()) thread.join();
+    thread.join();
 }
 
 void SerialQueue::sync(const std::function<void()>& task) {
@@ -24,7 +24,7 @@ void SerialQueue::sync(const std::function<void()>& task) {
         std::unique_lock lock(mutex);
         if (isBusy || !line.empty()) {
             Waiter waiter;
-            line.push_back({.waiter = &waiter});
+            line.emplace_back().waiter = &waiter;
             waiter.turn.wait(lock, [&] { return waiter.hasTurn; });
         }
         beginTask();
@@ -41,22 +41,22 @@ void SerialQueue::sync(const std::function<void()>& task) {
 
 // The thread is woken when the lock is free, or it would only fall asleep again.
 void SerialQueue::async(std::function<void()> task) {
+    Line place = placeFor(std::move(task));
     bool isForThread = false;
     {
         const std::lock_guard lock(mutex);
-        line.push_back({.task = std::move(task)});
-        startThreadIfNeeded();
+        line.splice(line.end(), place);
         isForThread = hasTaskForThread();
     }
     if (isForThread) threadWakeUp.notify_one();
 }
 
 void SerialQueue::asyncAfter(std::chrono::nanoseconds delay, std::function<void()> task) {
+    Line place = placeFor(std::move(task));
     bool isFirst = false;
     {
         const std::lock_guard lock(mutex);
-        const auto due = delayedTasks.emplace(std::chrono::steady_clock::now() + delay, std::move(task));
-        startThreadIfNeeded();
+        const auto due = delayedTasks.emplace(std::chrono::steady_clock::now() + delay, std::move(place));
         isFirst = due == delayedTasks.begin() && currentThread != thread.get_id();
     }
     if (isFirst) threadWakeUp.notify_one();
@@ -67,8 +67,10 @@ bool SerialQueue::isCurrent() const {
     return isBusy && currentThread == std::this_thread::get_id();
 }
 
-void SerialQueue::startThreadIfNeeded() {
-    if (!thread.joinable()) thread = std::thread([this] { runThread(); });
+SerialQueue::Line SerialQueue::placeFor(std::function<void()> task) {
+    Line place;
+    place.emplace_back().task = std::move(task);
+    return place;
 }
 
 void SerialQueue::runThread() {
@@ -115,7 +117,7 @@ void SerialQueue::waitForWork(std::unique_lock<std::mutex>& lock) {
 
 void SerialQueue::enqueueDueTasks() {
     const auto firstLater = delayedTasks.upper_bound(std::chrono::steady_clock::now());
-    for (auto due = delayedTasks.begin(); due != firstLater; ++due) line.push_back({.task = std::move(due->second)});
+    for (auto due = delayedTasks.begin(); due != firstLater; ++due) line.splice(line.end(), due->second);
     delayedTasks.erase(delayedTasks.begin(), firstLater);
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <condition_variable>
-#include <deque>
+#include <list>
 #include <map>
 #include <mutex>
 #include <string>
@@ -9,8 +9,9 @@
 
 #include "platform/Queue.h"
 
-// A queue on the standard library's threads. Its one thread starts with the first asynchronous task; a synchronous task
-// always runs on the thread that submits it, which waits for its turn if others are before it.
+// A queue on the standard library's threads. It has one thread from the beginning, so that no task can come to a queue
+// for which the system has none left; a synchronous task always runs on the thread that submits it, which waits for its
+// turn if others are before it. Want of memory may keep a task from being submitted; one that was submitted is run.
 // On destruction the running task is waited for and what has not begun is dropped.
 class SerialQueue final : public Queue {
 public:
@@ -38,7 +39,9 @@ private:
         Waiter* waiter = nullptr;
     };
 
-    void startThreadIfNeeded();
+    // A line in which the task is alone. It becomes a part of another one without any memory.
+    using Line = std::list<Place>;
+    static Line placeFor(std::function<void()> task);
     void runThread();
     static void runSubmitted(const std::function<void()>& task);
     void waitForWork(std::unique_lock<std::mutex>& lock);
@@ -51,10 +54,10 @@ private:
     const std::function<void()> prepareThread;
     mutable std::mutex mutex;
     std::condition_variable threadWakeUp;
-    std::deque<Place> line;
-    std::multimap<TimePoint, std::function<void()>> delayedTasks;
+    Line line;
+    std::multimap<TimePoint, Line> delayedTasks; // each in a place of its own
     bool isBusy = false;
     bool isEnding = false;
     std::thread::id currentThread;
-    std::thread thread;
+    std::thread thread; // last, as it uses all the others
 };

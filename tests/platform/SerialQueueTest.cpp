@@ -3,12 +3,36 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <future>
 #include <latch>
+#include <new>
 #include <stdexcept>
 #include <vector>
 
 using namespace std::chrono_literals;
+
+namespace {
+
+thread_local bool hasMemory = true;
+
+} // namespace
+
+// A sanitizer has allocations of its own, which must not be mixed with others.
+#if !IS_SANITIZED
+
+void* operator new(std::size_t size) {
+    void* const memory = hasMemory ? std::malloc(size) : nullptr;
+    return memory ? memory : throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+#endif
 
 namespace {
 
@@ -83,6 +107,25 @@ TEST(SerialQueue, RunsDelayedTasksInTheOrderOfTheirTimes) {
     });
     done.get_future().wait();
     EXPECT_EQ(order, (std::vector{1, 2}));
+}
+
+TEST(SerialQueue, WhatWasSubmittedNeedsNoMoreMemory) {
+    if (IS_SANITIZED) GTEST_SKIP() << "memory cannot be made to lack";
+    SerialQueue queue("test");
+    constexpr int count = 1000;
+    std::promise<void> done;
+    int runs = 0;
+    // They fall due while the queue's thread is in this task, and so all at once after it.
+    queue.async([&] {
+        for (int number = 0; number < count; ++number) queue.asyncAfter(0ns, [&] { ++runs; });
+        queue.asyncAfter(0ns, [&] {
+            hasMemory = true;
+            done.set_value();
+        });
+        hasMemory = false;
+    });
+    done.get_future().wait();
+    EXPECT_EQ(runs, count);
 }
 
 TEST(SerialQueue, DropsWhatHasNotBegunWhenItEnds) {

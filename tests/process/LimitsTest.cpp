@@ -109,6 +109,20 @@ TEST_F(Limits, FewDescriptors) {
     }
 }
 
+TEST_F(Limits, NoMoreThreads) {
+    if (IS_SANITIZED) GTEST_SKIP() << "a sanitizer reserves address space without end";
+    expectAlive();
+    // A little more than there is, and nothing like the stack of another thread.
+    const ProcessLimit limit(daemon->processID(), RLIMIT_AS, addressSpace(daemon->processID()) + (4U << 20U));
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_EQ(failureOf({.command = Command::openWorkspace}), "");
+        writeFile(path("told"), "");
+        useEverything(root);
+        fs::remove(path("told"));
+    }
+    expectAlive();
+}
+
 TEST_F(Limits, AFullDisk) {
     const MountedDisk disk(path("disk"), "size=256k");
     if (!disk.reason.empty()) GTEST_SKIP() << disk.reason;

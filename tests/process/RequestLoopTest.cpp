@@ -23,6 +23,15 @@ TEST(RequestLoop, AnArgumentIsRefusedBeforeAnythingIsRead) {
     EXPECT_EQ(daemon.readLine(), std::nullopt);
 }
 
+TEST(RequestLoop, WithoutThreadsItSaysSoAndEnds) {
+    if (IS_SANITIZED) GTEST_SKIP() << "a sanitizer starts a thread of its own";
+    // No other thread has room for a stack as large as that.
+    DaemonProcess daemon({}, {}, {"prlimit", "--stack=1125899906842624:unlimited"});
+    EXPECT_EQ(daemon.wait(), 71);
+    EXPECT_TRUE(daemon.errors().starts_with("EditorDocumentDaemon: no thread can be started: "));
+    EXPECT_EQ(daemon.readLine(), std::nullopt);
+}
+
 TEST(RequestLoop, EndsAtTheEndOfInput) {
     DaemonProcess daemon;
     daemon.closeInput();
