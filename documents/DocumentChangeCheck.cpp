@@ -11,6 +11,8 @@ void EditorDocumentDaemon::checkDocumentForChanges(const std::string& documentID
     if (open == documentsByID.end()) return;
 
     const DocumentMetadata found = currentMetadata(open->second.path, fileManager);
+    // Links may lead elsewhere by now, and be it to the same file. One that leads nowhere may lead there again.
+    if (!found.isMissing) open->second.place = currentPlace(open->second.path, fileManager);
     // A missing file stays missing, a present one has neither its time, its size nor its identity changed.
     if (found == open->second.metadata) return;
     if (found.isMissing) {
@@ -53,6 +55,7 @@ void EditorDocumentDaemon::reload(ManagedDocument& document) {
 void EditorDocumentDaemon::tellLoaded(ManagedDocument& document, const std::string& path, LoadedDocument loaded) {
     ManagedDocument told = document;
     told.path = path;
+    told.place = currentPlace(path, fileManager);
     ++told.version;
     told.format = loaded.format;
     told.metadata = loaded.metadata;

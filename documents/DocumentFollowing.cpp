@@ -40,6 +40,7 @@ void EditorDocumentDaemon::moveDocument(ManagedDocument& document, std::string n
     forgetPath(document);
     document.path = std::move(newPath);
     document.metadata = metadataAfterMove(document.metadata, currentMetadata(document.path, fileManager));
+    document.place = currentPlace(document.path, fileManager);
     documentIDByPath[document.path] = document.documentID;
 }
 

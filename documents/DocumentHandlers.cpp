@@ -28,6 +28,7 @@ void EditorDocumentDaemon::handleOpen(EditorDocumentDaemonRequest request) {
     if (document.documentID.empty()) document.documentID = platform.makeUUID();
     document.format = loaded.format;
     document.metadata = loaded.metadata;
+    document.place = currentPlace(document.path, fileManager);
     const auto answer = EncodedLine::of({
         .kind = EditorDocumentEnvelopeKind::response,
         .requestID = request.requestID,

@@ -5,6 +5,7 @@
 
 #include "documents/DocumentErrors.h"
 #include "documents/NewlineStyle.h"
+#include "workspace/PathComponents.h"
 
 namespace {
 
@@ -62,6 +63,14 @@ DocumentMetadata currentMetadata(const std::string& path, const FileManager& fil
     } catch (const PlatformError&) {
         return {.isMissing = true};
     }
+}
+
+DocumentPlace currentPlace(const std::string& path, const FileManager& fileManager) {
+    const std::string directoryPath = parentPath(path);
+    const std::string realDirectoryPath = fileManager.realPath(directoryPath).value_or(directoryPath);
+    const auto realPath = fileManager.realPath(path);
+    return {.realPath = realPath.value_or(appendingPathComponent(realDirectoryPath, lastPathComponent(path))),
+            .realDirectoryPath = realDirectoryPath};
 }
 
 DocumentMetadata documentMetadata(const FileAttributes& attributes) {

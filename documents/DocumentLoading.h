@@ -22,6 +22,9 @@ LoadedDocument loadDocument(const std::string& path, const FileManager& fileMana
 // Never fails: a file that cannot be asked is missing. Follows links.
 DocumentMetadata currentMetadata(const std::string& path, const FileManager& fileManager);
 
+// Without links where there is nothing.
+DocumentPlace currentPlace(const std::string& path, const FileManager& fileManager);
+
 DocumentMetadata documentMetadata(const FileAttributes& attributes);
 
 // Whether bytes of zero belong to a text in this encoding, rather than to a binary file.

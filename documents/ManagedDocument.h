@@ -42,10 +42,19 @@ struct LoadedDocument {
     DocumentMetadata metadata{};
 };
 
+// Where the file of a document is, with no link on the way.
+struct DocumentPlace {
+    std::string realPath{};
+    std::string realDirectoryPath{}; // of the document's own path, which a link under the file's name leads out of
+
+    bool operator==(const DocumentPlace&) const = default;
+};
+
 // One open document. Its text lives with the client only.
 struct ManagedDocument {
     std::string documentID{};
-    std::string path{}; // normalised
+    std::string path{};    // normalised
+    DocumentPlace place{}; // when a file was last found at the path
     std::int64_t version{};
     DocumentTextFormat format{};
     DocumentMetadata metadata{};

@@ -142,6 +142,10 @@ std::optional<std::string> MemoryFileManager::homeDirectoryPath(std::string_view
     return userName.empty() ? std::optional<std::string>("/home") : std::nullopt;
 }
 
+std::optional<std::string> MemoryFileManager::realPath(const std::string& path) const {
+    return fileExists(path) ? std::optional(disk.resolved(path, FollowLinks::yes)) : std::nullopt;
+}
+
 std::vector<std::string> MemoryFileManager::createDirectory(const std::string& path) {
     if (isDirectory(path)) return {};
     if (itemExists(path)) fail(EEXIST, path);

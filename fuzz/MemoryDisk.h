@@ -64,6 +64,7 @@ public:
     FileContents contentsOfFile(const std::string& path, std::uint64_t sizeLimit) const override;
     std::vector<DirectoryEntry> contentsOfDirectory(const std::string& path) const override;
     std::optional<std::string> homeDirectoryPath(std::string_view userName) const override;
+    std::optional<std::string> realPath(const std::string& path) const override;
     std::string currentDirectoryPath() const override { return "/w"; }
     std::vector<std::string> createDirectory(const std::string& path) override;
     void removeEmptyDirectories(const std::vector<std::string>& paths) override;

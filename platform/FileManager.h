@@ -70,6 +70,9 @@ public:
     // All entries but "." and "..", hidden ones included, in the order the file system gives them. Follows a link.
     virtual std::vector<DirectoryEntry> contentsOfDirectory(const std::string& path) const = 0;
 
+    // Where the item is with no link on the way, that under its own name included. Absent when there is none.
+    virtual std::optional<std::string> realPath(const std::string& path) const = 0;
+
     // The home of the process's user, or of the named user; absent for a user the system does not know.
     virtual std::optional<std::string> homeDirectoryPath(std::string_view userName = {}) const = 0;
     virtual std::string currentDirectoryPath() const = 0;

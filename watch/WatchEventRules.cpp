@@ -26,8 +26,10 @@ class DocumentsByPlace {
 public:
     explicit DocumentsByPlace(const std::map<std::string, ManagedDocument>& documentsByID) {
         for (const auto& [documentID, document] : documentsByID) {
-            idsByPath.emplace(document.path, documentID);
-            idsByDirectoryPath[parentPath(document.path)].push_back(documentID);
+            enter(document.path, documentID);
+            if (document.place.realPath == document.path) continue;
+            enter(document.place.realPath, documentID);
+            idsBehindLinks.insert(documentID);
         }
     }
 
@@ -43,6 +45,11 @@ public:
         }
     }
 
+    // Any link, and any directory that one leads to, may be on the way to them.
+    void takeBehindLinks(std::set<std::string>& documentIDs) const {
+        documentIDs.insert(idsBehindLinks.begin(), idsBehindLinks.end());
+    }
+
     void takeWithin(const std::string& path, std::set<std::string>& documentIDs) {
         const auto [first, last] = idsByPath.equal_range(path);
         for (auto entry = first; entry != last; ++entry) documentIDs.insert(entry->second);
@@ -55,9 +62,15 @@ public:
     }
 
 private:
+    void enter(const std::string& path, const std::string& documentID) {
+        idsByPath.emplace(path, documentID);
+        idsByDirectoryPath[parentPath(path)].push_back(documentID);
+    }
+
     std::multimap<std::string, std::string> idsByPath;
     std::unordered_map<std::string, std::vector<std::string>> idsByDirectoryPath;
     std::unordered_set<std::string> seenPaths;
+    std::set<std::string> idsBehindLinks;
 };
 
 } // namespace
@@ -89,6 +102,7 @@ std::set<std::string> affectedDocumentIDs(const std::vector<WorkspaceWatchEvent>
     for (const WorkspaceWatchEvent& event : events) {
         documents.takeAffected(event.path, documentIDs);
         if (event.relatedPath) documents.takeAffected(*event.relatedPath, documentIDs);
+        if (!event.isRegularFile) documents.takeBehindLinks(documentIDs);
     }
     return documentIDs;
 }

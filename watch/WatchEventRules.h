@@ -20,7 +20,8 @@ std::optional<WorkspaceWatchEvent> eventInWorkspace(const WorkspaceWatchEvent& e
 bool isSeenUnchanged(const WorkspaceWatchEvent& event, const std::string& rootPath);
 
 // The documents that any of the events may have changed: those in the directory of which something changed at any
-// depth, and those at any depth below what changed. The cost goes with the events and the documents, not their product.
+// depth, and those at any depth below what changed; be that by their paths or by those of their files behind links. The
+// cost goes with the events and the documents, not their product.
 std::set<std::string> affectedDocumentIDs(const std::vector<WorkspaceWatchEvent>& events,
                                           const std::map<std::string, ManagedDocument>& documentsByID);
 

@@ -10,7 +10,8 @@
 
 // What is to be watched for the open workspaces and documents. All paths are normalised.
 
-// Every workspace root, and the folder of every open document that lies in none of them. Sorted ascending.
+// Every workspace root, and the folder of every open document that lies in none of them; of a document that a link
+// below these leads to, the folder in which its file is as well. Sorted ascending.
 std::vector<std::string> watchedRoots(const std::map<std::string, ManagedWorkspace>& workspacesByRootPath,
                                       const std::map<std::string, ManagedDocument>& documentsByID);
 

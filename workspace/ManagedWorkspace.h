@@ -17,6 +17,7 @@ struct ManagedWorkspace {
         : rootPath(normalizedRootPath), knownPathsByEventNodeID(normalizedRootPath) {}
 
     std::string rootPath;
+    std::string realRootPath{};                   // with no link on the way, when the client opened it last
     std::set<std::string> loadedDirectoryPaths{}; // the directories whose children the client has
     std::unordered_map<std::string, WorkspaceBrowserNodePayload> cachedNodesByID{};
     std::unordered_map<std::string, std::vector<std::string>> childNodeIDsByDirectoryPath{}; // in listing order

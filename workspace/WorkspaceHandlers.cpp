@@ -20,6 +20,7 @@ void EditorDocumentDaemon::handleOpenWorkspace(EditorDocumentDaemonRequest reque
     ManagedWorkspace& workspace = workspacesByRootPath.try_emplace(rootPath, rootPath).first->second;
     workspace.knownPathsByEventNodeID = EventNodePathIndex(rootPath);
     workspace.isEventNodeIndexReady = false;
+    workspace.realRootPath = fileManager.realPath(rootPath).value_or(rootPath);
     workspace.loadedDirectoryPaths.insert(rootPath);
     cacheWorkspaceDirectoryPayload(std::move(listing), workspace);
     pruneWorkspaceCache(workspace);
@@ -61,7 +62,10 @@ void EditorDocumentDaemon::handleLoadWorkspaceChildren(EditorDocumentDaemonReque
     // Expanding a directory of a root that was never opened opens the root.
     ManagedWorkspace& workspace = workspacesByRootPath.try_emplace(rootPath, rootPath).first->second;
     const bool needsIndex = workspace.knownPathsByEventNodeID.isEmpty();
-    if (needsIndex) workspace.isEventNodeIndexReady = false;
+    if (needsIndex) {
+        workspace.isEventNodeIndexReady = false;
+        workspace.realRootPath = fileManager.realPath(rootPath).value_or(rootPath);
+    }
     workspace.loadedDirectoryPaths.insert(rootPath);
     cacheWorkspaceDirectoryPayload(std::move(listing), workspace);
     pruneWorkspaceCache(workspace);

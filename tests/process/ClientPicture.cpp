@@ -38,15 +38,6 @@ std::string stateOnDisk(const std::string& path) {
     return '"' + std::string(std::istreambuf_iterator<char>(file), {}) + '"';
 }
 
-// What happens to a file is told by the folder that it is in, and not by links to that.
-bool isBehindLink(const std::string& path, const std::string& rootPath) {
-    std::error_code error;
-    std::string folder = parentPath(path);
-    while (folder.size() > rootPath.size() && !fs::is_symlink(fs::symlink_status(folder, error)))
-        folder = parentPath(folder);
-    return folder.size() > rootPath.size();
-}
-
 void lose(ClientPicture::Document& document) {
     ++document.version;
     document.isMissing = true;
@@ -114,7 +105,6 @@ std::string ClientPicture::difference() const {
         if (found != words(folder.children)) text += path + ": " + found + ", not " + words(folder.children) + '\n';
     }
     for (const auto& [documentID, document] : documents) {
-        if (isBehindLink(document.path, rootPath)) continue;
         const std::string found = stateOnDisk(document.path);
         const std::string known = document.isMissing ? "missing" : '"' + document.text + '"';
         const bool agrees = found == known || (document.isUnavailable && found == "unavailable");

@@ -64,6 +64,7 @@ public:
     std::vector<DirectoryEntry> contentsOfDirectory(const std::string& path) const override {
         return past(FileOperation::contentsOfDirectory).contentsOfDirectory(path);
     }
+    std::optional<std::string> realPath(const std::string& path) const override { return inner.realPath(path); }
     std::optional<std::string> homeDirectoryPath(std::string_view userName) const override {
         return past(FileOperation::homeDirectoryPath).homeDirectoryPath(userName);
     }

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 
@@ -85,6 +86,12 @@ std::vector<DirectoryEntry> LinuxFileManager::contentsOfDirectory(const std::str
     } catch (const std::system_error& error) {
         throw posixError(error.code().value(), action, path);
     }
+}
+
+std::optional<std::string> LinuxFileManager::realPath(const std::string& path) const {
+    if (namesNothing(path)) return std::nullopt;
+    const std::unique_ptr<char, decltype(&std::free)> found(::realpath(path.c_str(), nullptr), &std::free);
+    return found ? std::optional<std::string>(found.get()) : std::nullopt;
 }
 
 std::optional<std::string> LinuxFileManager::homeDirectoryPath(std::string_view userName) const {

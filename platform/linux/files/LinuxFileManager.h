@@ -15,6 +15,7 @@ public:
     FileAttributes attributesOfItem(const std::string& path, FollowLinks links) const override;
     FileContents contentsOfFile(const std::string& path, std::uint64_t sizeLimit) const override;
     std::vector<DirectoryEntry> contentsOfDirectory(const std::string& path) const override;
+    std::optional<std::string> realPath(const std::string& path) const override;
     std::optional<std::string> homeDirectoryPath(std::string_view userName = {}) const override;
     std::string currentDirectoryPath() const override;
 

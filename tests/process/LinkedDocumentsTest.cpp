@@ -1,0 +1,57 @@
+#include <gtest/gtest.h>
+
+#include "tests/process/WatchedSession.h"
+
+// Documents to which a link leads. The workspace shows the link, and what it leads to only where that is.
+
+namespace {
+
+using Command = EditorDocumentRequestCommand;
+
+TEST(LinkedDocuments, AreToldWhatBecomesOfTheirFiles) {
+    const struct {
+        const char* name;
+        const char* document; // in the workspace, which lies beside "outside"
+        const char* change;
+    } cases[] = {
+        {"a folder in the workspace", "near/a.txt", "echo new > folder/a.txt"},
+        {"a folder outside", "far/b.txt", "echo new > ../outside/b.txt"},
+        {"below a folder outside", "far/deep/c.txt", "echo new > ../outside/deep/c.txt"},
+        {"a file outside", "file", "echo new > ../outside/b.txt"},
+        {"a link to a link", "over/a.txt", "echo new > folder/a.txt"},
+        {"the file is replaced", "far/b.txt", "echo new > ../outside/n; mv ../outside/n ../outside/b.txt"},
+        {"the file is renamed", "far/b.txt", "mv ../outside/b.txt ../outside/other"},
+        {"the folder goes", "near/a.txt", "mv folder ../gone"},
+        {"the link leads elsewhere", "near/a.txt", "mkdir new; echo new > new/a.txt; ln -sfn new near"},
+        {"the link after it does", "over/a.txt", "mkdir new; echo new > new/a.txt; ln -sfn new near"},
+        {"a link takes the place of the folder", "folder/a.txt",
+         "mv folder ../outside/moved; ln -s ../outside/moved folder"},
+    };
+    for (const auto& row : cases) {
+        WatchedSession session("folder/a.txt ../outside/b.txt ../outside/deep/c.txt");
+        session.shell("ln -s folder near; ln -s ../outside far; ln -s ../outside/b.txt file; ln -s near over");
+        session.eventsUntilQuiet();
+        session.open(row.document);
+        session.shell(row.change);
+        ASSERT_EQ(session.differenceInTheEnd(), "") << row.name;
+        session.shell("find .. -name '*.txt' | while read file; do echo newer > $file; done");
+        ASSERT_EQ(session.differenceInTheEnd(), "") << row.name << ", and once more";
+    }
+}
+
+TEST(LinkedDocuments, OfOneFileDoNotOverwriteEachOtherUnseen) {
+    WatchedSession session("folder/a.txt");
+    session.shell("ln -s folder near");
+    session.eventsUntilQuiet();
+    const std::string plain = session.open("folder/a.txt"), linked = session.open("near/a.txt");
+    for (const std::int64_t version : {1, 2}) {
+        session.ask({.command = Command::save, .documentID = plain, .text = "saved", .expectedVersion = version});
+        EXPECT_EQ(session.events(1),
+                  WatchedSession::Lines{"updated document-2 v" + std::to_string(version + 1) + " near/a.txt"});
+        const auto refused =
+            session.ask({.command = Command::save, .documentID = linked, .text = "", .expectedVersion = version});
+        EXPECT_EQ(refused.success, false);
+    }
+}
+
+} // namespace
