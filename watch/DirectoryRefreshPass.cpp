@@ -81,6 +81,11 @@ std::string remapped(const std::string& path, const std::vector<WorkspacePathRem
     return path;
 }
 
+// What the pass has listed at the old place is what stands there now, and the client has been told of it there.
+bool isListedWhereItWas(const std::string& path, const DirectoryRefreshPass& pass) {
+    return pass.processedPaths.contains(path);
+}
+
 void remapLoadedDirectories(const std::vector<WorkspacePathRemap>& directoryRemaps, DirectoryRefreshPass& pass,
                             ManagedWorkspace& workspace) {
     std::set<std::string> loadedDirectoryPaths;
@@ -89,6 +94,7 @@ void remapLoadedDirectories(const std::vector<WorkspacePathRemap>& directoryRema
         if (newPath != path) {
             pass.pendingPaths.insert(newPath);
             pass.directoryPathsToTell.insert(newPath);
+            if (isListedWhereItWas(path, pass)) loadedDirectoryPaths.insert(path);
         }
         loadedDirectoryPaths.insert(std::move(newPath));
     }
@@ -96,7 +102,8 @@ void remapLoadedDirectories(const std::vector<WorkspacePathRemap>& directoryRema
 
     decltype(workspace.childNodeIDsByDirectoryPath) childNodeIDs;
     for (auto& [path, nodeIDs] : workspace.childNodeIDsByDirectoryPath) {
-        childNodeIDs.insert_or_assign(remapped(path, directoryRemaps), std::move(nodeIDs));
+        childNodeIDs.insert_or_assign(isListedWhereItWas(path, pass) ? path : remapped(path, directoryRemaps),
+                                      std::move(nodeIDs));
     }
     workspace.childNodeIDsByDirectoryPath = std::move(childNodeIDs);
 }
@@ -105,8 +112,14 @@ void remapLoadedDirectories(const std::vector<WorkspacePathRemap>& directoryRema
 // look moved.
 void remapCachedNodesBelow(const std::vector<WorkspacePathRemap>& directoryRemaps, DirectoryRefreshPass& pass,
                            ManagedWorkspace& workspace) {
+    std::unordered_set<std::string_view> stayingNodeIDs;
+    for (const std::string& path : pass.processedPaths) {
+        const auto listed = workspace.childNodeIDsByDirectoryPath.find(path);
+        if (listed != workspace.childNodeIDsByDirectoryPath.end() && remapped(path, directoryRemaps) != path)
+            stayingNodeIDs.insert(listed->second.begin(), listed->second.end());
+    }
     for (auto& [nodeID, node] : workspace.cachedNodesByID) {
-        if (!node.parentPath) continue;
+        if (!node.parentPath || stayingNodeIDs.contains(nodeID)) continue;
         std::string newParentPath = remapped(*node.parentPath, directoryRemaps);
         if (newParentPath == *node.parentPath) continue;
         pass.pathsBeforePass.emplace(nodeID, node.path);

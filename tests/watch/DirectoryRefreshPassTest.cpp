@@ -41,6 +41,24 @@ TEST_F(DirectoryRefresh, ARenamedFolderTakesItsExpandedFoldersAlong) {
     EXPECT_EQ(nodeID("h/y"), folder);
 }
 
+TEST_F(DirectoryRefresh, FoldersThatChangePlacesStayExpandedWhereverTheyAre) {
+    make("e/c/x f/f/b/y");
+    load("e e/c f f/f f/f/b");
+    daemon.buildIndexes();
+    renameOutside("e", "../away");
+    renameOutside("f/f", "e");
+    renameOutside("../away", "f/f");
+    // The new upper one is listed, and told, before the lower one shows where the former upper one went.
+    using namespace EventStreamFlag;
+    daemon.notify({{.path = path("e"), .flags = itemRemoved | itemIsDir},
+                   {.path = path("f/f"), .flags = itemRemoved | itemIsDir},
+                   {.path = path("e"), .flags = itemCreated | itemIsDir},
+                   {.path = path("f/f"), .flags = itemCreated | itemIsDir}});
+    for (const std::string folder : {"e", "e/b", "f/f", "f/f/c"}) writeFile(path(folder + "/new"), "");
+    EXPECT_EQ(refresh("e"), Lines{"listing e: b/ new"});
+    EXPECT_EQ(refresh("f/f/c"), (Lines{"listing f/f: c/ new", "listing f/f/c: new x"}));
+}
+
 TEST_F(DirectoryRefresh, DocumentsStayWhereAnotherItemOrNoFileIs) {
     const struct {
         const char* name;
