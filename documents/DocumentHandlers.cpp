@@ -10,10 +10,10 @@
 
 void EditorDocumentDaemon::handleOpen(EditorDocumentDaemonRequest request) {
     assert(queue->isCurrent());
-    const auto requestedPath = presentField(request.path);
-    if (!requestedPath) return respondFailure(request, "Missing file path.");
+    const auto path = requestedPath(request.path, fileManager);
+    if (!path) return respondFailure(request, "Missing file path.");
 
-    ManagedDocument document{.path = normalizedPath(*requestedPath, fileManager), .version = 1};
+    ManagedDocument document{.path = *path, .version = 1};
     if (const auto open = documentIDByPath.find(document.path); open != documentIDByPath.end()) {
         document.documentID = open->second;
         document.version = documentsByID.at(open->second).version + 1;

@@ -59,10 +59,9 @@ void requireOutsideItem(const std::string& itemPath, const std::string& destinat
 
 std::string resolvedRenameDestinationPath(const EditorDocumentDaemonRequest& request, const std::string& itemPath,
                                           const std::string& rootPath, const FileManager& fileManager) {
-    if (const auto field = presentField(request.destinationPath)) {
-        std::string path = normalizedPath(*field, fileManager);
-        if (path == itemPath || (isAtOrWithin(path, rootPath) && isSameItem(itemPath, path, fileManager))) return path;
-    }
+    const auto path = requestedPath(request.destinationPath, fileManager);
+    if (path && (*path == itemPath || (isAtOrWithin(*path, rootPath) && isSameItem(itemPath, *path, fileManager))))
+        return *path;
     return resolvedDestinationPath(request, itemPath, rootPath, SourceWithinRoot::required, fileManager);
 }
 

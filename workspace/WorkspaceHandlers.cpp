@@ -8,9 +8,9 @@
 
 void EditorDocumentDaemon::handleOpenWorkspace(EditorDocumentDaemonRequest request) {
     assert(queue->isCurrent());
-    const auto requestedRootPath = presentField(request.rootPath);
+    const auto requestedRootPath = requestedPath(request.rootPath, fileManager);
     if (!requestedRootPath) return respondFailure(request, "Missing workspace root path.");
-    const std::string rootPath = normalizedPath(*requestedRootPath, fileManager);
+    const std::string& rootPath = *requestedRootPath;
     if (!fileManager.isDirectory(rootPath)) {
         return respondFailure(request, "The selected project root is unavailable.");
     }
@@ -31,9 +31,9 @@ void EditorDocumentDaemon::handleOpenWorkspace(EditorDocumentDaemonRequest reque
 
 void EditorDocumentDaemon::handleCloseWorkspace(EditorDocumentDaemonRequest request) {
     assert(queue->isCurrent());
-    const auto requestedRootPath = presentField(request.rootPath);
+    const auto requestedRootPath = requestedPath(request.rootPath, fileManager);
     if (!requestedRootPath) return respondFailure(request, "Missing workspace root path.");
-    const std::string rootPath = normalizedPath(*requestedRootPath, fileManager);
+    const std::string& rootPath = *requestedRootPath;
     closeWorkspace(rootPath);
     refreshWatchRoots();
     write({
@@ -47,11 +47,13 @@ void EditorDocumentDaemon::handleCloseWorkspace(EditorDocumentDaemonRequest requ
 
 void EditorDocumentDaemon::handleLoadWorkspaceChildren(EditorDocumentDaemonRequest request) {
     assert(queue->isCurrent());
-    const auto requestedRootPath = presentField(request.rootPath);
-    const auto requestedPath = presentField(request.path);
-    if (!requestedRootPath || !requestedPath) return respondFailure(request, "Missing workspace directory path.");
-    const std::string rootPath = normalizedPath(*requestedRootPath, fileManager);
-    const std::string directoryPath = normalizedPath(*requestedPath, fileManager);
+    const auto requestedRootPath = requestedPath(request.rootPath, fileManager);
+    const auto requestedDirectoryPath = requestedPath(request.path, fileManager);
+    if (!requestedRootPath || !requestedDirectoryPath) {
+        return respondFailure(request, "Missing workspace directory path.");
+    }
+    const std::string& rootPath = *requestedRootPath;
+    const std::string& directoryPath = *requestedDirectoryPath;
     requirePath(directoryPath, rootPath);
     if (!fileManager.isDirectory(directoryPath)) {
         return respondFailure(request, "The requested directory is unavailable.");

@@ -47,22 +47,31 @@ std::optional<std::string> presentField(const std::optional<std::string>& field)
     return std::string(text);
 }
 
+std::optional<std::string> requestedPath(const std::optional<std::string>& field, const FileManager& fileManager) {
+    const auto text = presentField(field);
+    if (!text) return std::nullopt;
+    if (*text != *field) {
+        std::string path = normalizedPath(*field, fileManager);
+        if (fileManager.itemExists(path)) return path;
+    }
+    return normalizedPath(*text, fileManager);
+}
+
 void requirePath(std::string_view path, std::string_view withinRootPath) {
     if (!isAtOrWithin(path, withinRootPath)) throw pathOutsideWorkspaceRootError();
 }
 
 std::string requiredWorkspaceRootPath(const EditorDocumentDaemonRequest& request, const FileManager& fileManager) {
-    const auto field = presentField(request.rootPath);
-    if (!field) throw missingWorkspaceRootPathError();
-    std::string rootPath = normalizedPath(*field, fileManager);
-    if (!fileManager.isDirectory(rootPath)) throw workspaceRootUnavailableError();
-    return rootPath;
+    const auto rootPath = requestedPath(request.rootPath, fileManager);
+    if (!rootPath) throw missingWorkspaceRootPathError();
+    if (!fileManager.isDirectory(*rootPath)) throw workspaceRootUnavailableError();
+    return *rootPath;
 }
 
 std::string requiredItemPath(const EditorDocumentDaemonRequest& request, const FileManager& fileManager) {
-    const auto field = presentField(request.path);
-    if (!field) throw missingItemPathError();
-    return normalizedPath(*field, fileManager);
+    const auto path = requestedPath(request.path, fileManager);
+    if (!path) throw missingItemPathError();
+    return *path;
 }
 
 std::string requestedWorkspaceItemName(const EditorDocumentDaemonRequest& request, std::string_view defaultName) {
@@ -72,8 +81,9 @@ std::string requestedWorkspaceItemName(const EditorDocumentDaemonRequest& reques
 std::string creationAnchorDirectoryPath(const EditorDocumentDaemonRequest& request, std::string_view rootPath,
                                         const FileManager& fileManager) {
     // A blank path is deliberately not the root: it is normalised like any other.
-    const std::string_view requested = request.path ? trimmed(*request.path) : rootPath;
-    std::string path = normalizedPath(requested, fileManager);
+    std::string path = !request.path
+                           ? normalizedPath(rootPath, fileManager)
+                           : requestedPath(request.path, fileManager).value_or(normalizedPath("", fileManager));
     requirePath(path, rootPath);
     // The root is one even if it has just gone; what is beside it lies outside.
     return path == rootPath || fileManager.isDirectory(path) ? path : parentPath(path);
@@ -102,9 +112,9 @@ std::string uniqueDuplicatePath(std::string_view sourcePath, std::string_view ro
 std::string resolvedDestinationPath(const EditorDocumentDaemonRequest& request, std::string_view sourcePath,
                                     std::string_view rootPath, SourceWithinRoot sourceWithinRoot,
                                     const FileManager& fileManager) {
-    const auto field = presentField(request.destinationPath);
-    if (!field) throw missingDestinationPathError();
-    std::string path = normalizedPath(*field, fileManager);
+    const auto requested = requestedPath(request.destinationPath, fileManager);
+    if (!requested) throw missingDestinationPathError();
+    std::string path = *requested;
     if (sourceWithinRoot == SourceWithinRoot::required) requirePath(sourcePath, rootPath);
     requirePath(path, rootPath);
     if (fileManager.isDirectory(path)) {

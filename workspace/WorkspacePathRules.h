@@ -16,6 +16,10 @@ std::string normalizedPath(std::string_view path, const FileManager& fileManager
 // The field without surrounding white space; absent when nothing is left.
 std::optional<std::string> presentField(const std::optional<std::string>& field);
 
+// The normalised path that the field names; absent when nothing but white space is left of it. White space around a
+// path is dropped, unless there is an item to whose name it belongs: meant is then that one, and not what is beside it.
+std::optional<std::string> requestedPath(const std::optional<std::string>& field, const FileManager& fileManager);
+
 // Throws 2200 unless the path is the root or lies within it. Both are in normal form.
 void requirePath(std::string_view path, std::string_view withinRootPath);
 

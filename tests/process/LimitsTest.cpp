@@ -300,6 +300,39 @@ TEST_F(Limits, ARootWhoseFileSystemVanishes) {
     useEverything(root);
 }
 
+// White space around a path is dropped, and what is then meant may be another item.
+TEST_F(Limits, NamesThatBeginOrEndWithBlanks) {
+    EXPECT_EQ(failureOf({.command = Command::openWorkspace}), "");
+    for (const std::string blank : {" ", "\n", "\t", "\u00A0", " \n"}) {
+        const std::string name = "a" + blank, folder = "folder" + blank;
+        SCOPED_TRACE(testing::PrintToString(blank));
+        for (const std::string& each : std::vector<std::string>{"a", name, "folder/a", folder + "/a"})
+            writeFile(path(each), each);
+        const auto opened = ask({.command = Command::open, .path = path(name)});
+        ASSERT_TRUE(opened.snapshot) << opened.message.value_or("");
+        EXPECT_EQ(opened.snapshot->text, name);
+        const auto trimmed = ask({.command = Command::open, .path = blank + path("folder/a") + blank});
+        ASSERT_TRUE(trimmed.snapshot) << trimmed.message.value_or("");
+        EXPECT_EQ(trimmed.snapshot->path, path("folder/a"));
+
+        EXPECT_EQ(
+            ask({.command = Command::loadWorkspaceChildren, .path = path(folder)}).workspaceDirectory->directoryPath,
+            path(folder));
+        EXPECT_EQ(failureOf({.command = Command::createWorkspaceFile, .path = path(folder), .name = "new"}), "");
+        EXPECT_EQ(
+            failureOf({.command = Command::copyWorkspaceItem, .path = path(name), .destinationPath = path(folder)}),
+            "");
+        EXPECT_EQ(failureOf({.command = Command::deleteWorkspaceItem, .path = path(name)}), "");
+        EXPECT_EQ(readFile(path("a")), "a");
+        EXPECT_EQ(readFile(path(folder + '/' + name)), name);
+        EXPECT_TRUE(fs::exists(path(folder + "/new")));
+        EXPECT_EQ(ask({.command = Command::openWorkspace, .rootPath = path(folder)}).workspaceRootPath, path(folder));
+        EXPECT_EQ(ask({.command = Command::closeWorkspace, .rootPath = path(folder)}).workspaceRootPath, path(folder));
+        EXPECT_EQ(failureOf({.command = Command::deleteWorkspaceItem, .path = path(folder)}), "");
+        EXPECT_TRUE(fs::exists(path("folder")));
+    }
+}
+
 TEST_F(Limits, NamesOfEveryByte) {
     EXPECT_EQ(failureOf({.command = Command::openWorkspace}), "");
     for (int byte = 1; byte < 256; ++byte) {
