@@ -21,23 +21,25 @@ std::uint64_t hashOf(const FolderNode* folder) {
     return hashOf(folder->parent, folder->name);
 }
 
-// In the places that placeOf gives.
+// In the places that placeOf gives. The path of a top may be the root's, which ends with the slash that others need.
 template <class PlaceOf>
 std::string pathFromTop(const FolderNode* folder, const PlaceOf& placeOf) {
+    const auto slashesBelow = [&](const FolderNode* above) {
+        const auto place = placeOf(above);
+        return std::size_t{place.first || !place.second.ends_with('/')};
+    };
     std::size_t size = 0;
     for (auto place = placeOf(folder);; place = placeOf(place.first)) {
         size += place.second.size();
         if (!place.first) break;
-        const auto above = placeOf(place.first);
-        const bool endsWithSlash = !above.first && above.second.ends_with('/');
-        if (!endsWithSlash) ++size;
+        size += slashesBelow(place.first);
     }
     std::string path(size, '/');
     for (auto place = placeOf(folder);; place = placeOf(place.first)) {
         size -= place.second.size();
         place.second.copy(path.data() + size, place.second.size());
         if (!place.first) return path;
-        --size;
+        size -= slashesBelow(place.first);
     }
 }
 

@@ -158,6 +158,19 @@ TEST(FolderSnapshot, KeepsWhatIsSet) {
     }
 }
 
+TEST(FolderTree, PathsBeginAtTheTopWhereverThatIs) {
+    FolderTree tree;
+    for (const char* top : {"/", "/w", "/a folder with a name that needs room of its own"}) {
+        FolderNode* const folder = tree.addTop(top);
+        FolderNode* const child = tree.addChild(tree.addChild(folder, "d"), "e");
+        const std::string begin = folder->name == "/" ? "" : top;
+        EXPECT_EQ(currentPath(folder), top);
+        EXPECT_EQ(currentPath(child->parent), begin + "/d");
+        EXPECT_EQ(reportedPath(child), begin + "/d/e");
+        EXPECT_EQ(currentPath({child, "f"}), begin + "/d/e/f");
+    }
+}
+
 TEST(DepartureOrder, TakesLongChains) {
     FolderTree tree;
     FolderNode* top = tree.addTop("/w");
