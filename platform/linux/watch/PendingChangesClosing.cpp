@@ -94,7 +94,9 @@ PendingChanges::Report PendingChanges::reportOf(const std::vector<Found>& all, c
         if (effect.isCreated) report.creations.push_back(item);
         if (effect.isModified) report.addModification(item, EventStreamFlag::itemModified);
         if (effect.hasNewAttributes) report.addModification(item, EventStreamFlag::itemInodeMetaMod);
-        if (effect == NetEffect{} && change->hasBeenAnother) noticeStaleLooks(*key, paths, now);
+        // Attributes alone do not make anybody look again.
+        const bool isAsItWas = effect == NetEffect{.hasNewAttributes = effect.hasNewAttributes};
+        if (isAsItWas && change->hasBeenAnother) noticeStaleLooks(*key, paths, now);
     }
     return report;
 }

@@ -83,6 +83,15 @@ TEST_F(TreeWatcherTest, LooksOnceForSeveralLosses) {
     EXPECT_LE(disk.listings - before, 6U); // three folders, now and once more for what was lost on the way
 }
 
+TEST_F(TreeWatcherTest, SaysWhereToLookThoughWhatIsBackHasNewAttributes) {
+    watcher.setInterest({.documentPaths = {"/w/a.txt"}});
+    start();
+    disk.move("/w/a.txt", "/w/b.txt");
+    disk.move("/w/b.txt", "/w/a.txt");
+    disk.changeAttributes("/w/a.txt");
+    EXPECT_EQ(toldAfter(), (Tellings{"attributes /w/a.txt", "look /w"}));
+}
+
 TEST_F(TreeWatcherTest, SaysNothingOfADirectoryInWhichAnotherStands) {
     start();
     write("/w/d/n.txt");
