@@ -27,9 +27,10 @@ public:
     explicit DocumentsByPlace(const std::map<std::string, ManagedDocument>& documentsByID) {
         for (const auto& [documentID, document] : documentsByID) {
             enter(document.path, documentID);
-            if (document.place.realPath == document.path) continue;
-            enter(document.place.realPath, documentID);
-            idsBehindLinks.insert(documentID);
+            const bool isBehindLink = document.place.realPath != document.path;
+            if (isBehindLink) enter(document.place.realPath, documentID);
+            // Where a link on the way leads nowhere, nobody knows what it is to lead to.
+            if (isBehindLink || document.metadata.isMissing) idsBehindLinks.insert(documentID);
         }
     }
 
@@ -46,9 +47,7 @@ public:
     }
 
     // Any link, and any directory that one leads to, may be on the way to them.
-    void takeBehindLinks(std::set<std::string>& documentIDs) const {
-        documentIDs.insert(idsBehindLinks.begin(), idsBehindLinks.end());
-    }
+    void takeBehindLinks(std::set<std::string>& documentIDs) { documentIDs.merge(idsBehindLinks); }
 
     void takeWithin(const std::string& path, std::set<std::string>& documentIDs) {
         const auto [first, last] = idsByPath.equal_range(path);

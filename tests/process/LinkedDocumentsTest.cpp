@@ -26,6 +26,8 @@ TEST(LinkedDocuments, AreToldWhatBecomesOfTheirFiles) {
         {"the link after it does", "over/a.txt", "mkdir new; echo new > new/a.txt; ln -sfn new near"},
         {"a link takes the place of the folder", "folder/a.txt",
          "mv folder ../outside/moved; ln -s ../outside/moved folder"},
+        {"a link that leads nowhere yet takes the place of the folder", "folder/a.txt",
+         "mv folder ../outside/moved; ln -s ghost folder"},
     };
     for (const auto& row : cases) {
         WatchedSession session("folder/a.txt ../outside/b.txt ../outside/deep/c.txt");
@@ -34,7 +36,8 @@ TEST(LinkedDocuments, AreToldWhatBecomesOfTheirFiles) {
         session.open(row.document);
         session.shell(row.change);
         ASSERT_EQ(session.differenceInTheEnd(), "") << row.name;
-        session.shell("find .. -name '*.txt' | while read file; do echo newer > $file; done");
+        session.shell(
+            "ln -s ../outside/moved ghost; find .. -name '*.txt' | while read file; do echo newer > $file; done");
         ASSERT_EQ(session.differenceInTheEnd(), "") << row.name << ", and once more";
     }
 }
