@@ -7,8 +7,10 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <new>
+#include <system_error>
 #include <utility>
 
 #include "platform/linux/watch/KernelRecord.h"
@@ -22,6 +24,13 @@ constexpr std::size_t blockSize = 64 * 1024;
 constexpr std::chrono::milliseconds burstPause{5};
 constexpr int promptReads = 3;
 
+// Without it the thread could not be ended.
+int newEventDescriptor() {
+    const int descriptor = ::eventfd(0, EFD_CLOEXEC);
+    if (descriptor < 0) throw std::system_error(errno, std::generic_category());
+    return descriptor;
+}
+
 } // namespace
 
 InotifyReader::InotifyReader(int inotifyDescriptor, std::size_t byteLimit, std::function<void()> onBlocks,
@@ -30,7 +39,7 @@ InotifyReader::InotifyReader(int inotifyDescriptor, std::size_t byteLimit, std::
       limit(byteLimit),
       blocksArrived(std::move(onBlocks)),
       mountsChanged(std::move(onMounts)),
-      ending(::eventfd(0, EFD_CLOEXEC)),
+      ending(newEventDescriptor()),
       mountTable(::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC)),
       thread([this] { run(); }) {}
 

@@ -25,7 +25,7 @@ bool WatchLoop::start(const std::vector<std::string>& rootPaths, Queue& streamQu
     try {
         startReader();
     } catch (const std::system_error&) {
-        return false; // no thread
+        return false; // no thread, or no descriptor
     }
     deliver = std::move(deliverBatch);
     {
@@ -82,13 +82,14 @@ void WatchLoop::wakeUp() {
 }
 
 void WatchLoop::runSoon() {
-    if (std::exchange(isRunSubmitted, true)) return;
+    if (isRunSubmitted) return;
     queue->async([weakSelf = weak_from_this(), submittedGeneration = generation] {
         const auto self = weakSelf.lock();
         if (!self || self->generation != submittedGeneration) return;
         self->isRunSubmitted = false;
         self->run();
     });
+    isRunSubmitted = true;
 }
 
 void WatchLoop::run() {
@@ -169,12 +170,17 @@ bool WatchLoop::isAdvanceDue() const {
 void WatchLoop::armTimer() {
     const auto deadline = watcher->nextDeadline();
     if (!deadline || (!timers.empty() && *timers.begin() <= *deadline)) return;
-    timers.insert(*deadline);
+    const auto timer = timers.insert(*deadline);
     const auto delay = std::max(*deadline - system->now(), WatchTime::duration::zero());
-    queue->asyncAfter(delay, [weakSelf = weak_from_this(), submittedGeneration = generation, time = *deadline] {
-        const auto self = weakSelf.lock();
-        if (!self || self->generation != submittedGeneration) return;
-        self->timers.erase(self->timers.find(time));
-        self->run();
-    });
+    try {
+        queue->asyncAfter(delay, [weakSelf = weak_from_this(), submittedGeneration = generation, timer] {
+            const auto self = weakSelf.lock();
+            if (!self || self->generation != submittedGeneration) return;
+            self->timers.erase(timer);
+            self->run();
+        });
+    } catch (const std::bad_alloc&) {
+        timers.erase(timer); // or no later one would be armed
+        throw;
+    }
 }

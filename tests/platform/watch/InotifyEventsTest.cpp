@@ -242,6 +242,11 @@ TEST(InotifyEvents, BeginAnewAfterWantOfMemory) {
     EXPECT_TRUE(tree.tellsAmongOthers("look w/d"));
     fs::rename(tree.path("w/d/g"), tree.path("w/d/h"));
     EXPECT_TRUE(tree.tellsAmongOthers("renamed w/d/g -> w/d/h"));
+    tree.queue.isShort = true;
+    fs::rename(tree.path("w/d/h"), tree.path("w/d/i"));
+    EXPECT_TRUE(tree.tellsAmongOthers("rootChanged w"));
+    fs::rename(tree.path("w/d/i"), tree.path("w/d/j"));
+    EXPECT_TRUE(tree.tellsAmongOthers("renamed w/d/i -> w/d/j"));
 }
 
 TEST(InotifyEvents, OfADocumentRootStopAfterAThousandDirectories) {

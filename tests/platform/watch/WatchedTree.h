@@ -1,11 +1,13 @@
 #pragma once
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <string>
 #include <thread>
 #include <utility>
@@ -16,6 +18,23 @@
 #include "platform/linux/watch/WatchLoop.h"
 #include "tests/platform/watch/Told.h"
 #include "tests/support/TemporaryDirectory.h"
+
+// Finds no memory for a timer when it is told to.
+class QueueShortOfMemory final : public Queue {
+public:
+    void sync(const std::function<void()>& task) override { queue.sync(task); }
+    void async(std::function<void()> task) override { queue.async(std::move(task)); }
+    void asyncAfter(std::chrono::nanoseconds delay, std::function<void()> task) override {
+        if (isShort.exchange(false)) throw std::bad_alloc();
+        queue.asyncAfter(delay, std::move(task));
+    }
+    bool isCurrent() const override { return queue.isCurrent(); }
+
+    std::atomic<bool> isShort = false;
+
+private:
+    SerialQueue queue{"watched-tree"};
+};
 
 // A real directory under a real stream. What is told is collected; paths below the directory are relative to it.
 class WatchedTree {
@@ -80,7 +99,7 @@ public:
         return statistics().watches == count;
     }
 
-    SerialQueue queue{"watched-tree"};
+    QueueShortOfMemory queue;
     LinuxEventStreamSource source;
 
 private:
