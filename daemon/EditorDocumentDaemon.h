@@ -180,6 +180,8 @@ private:
     void emitWorkspaceDirectoryUpdates(DirectoryRefreshPass pass, EmitMutationEvents emitMutationEvents);
     void refreshWorkspaceDirectory(const std::string& directoryPath, EmitMutationEvents emitMutationEvents,
                                    DirectoryRefreshPass& pass, ManagedWorkspace& workspace);
+    void giveUpOrLookAgain(const std::string& directoryPath, const PlatformError& error, ManagedWorkspace& workspace);
+    void lookAgain(const std::string& rootPath, const std::string& directoryPath);
     void dropUnavailableWorkspace(const std::string& rootPath, std::optional<std::string> message);
     void dropUnlistableRoot(const std::string& rootPath, const PlatformError& error);
     void emitRefreshedState(DirectoryRefreshPass pass, EmitMutationEvents emitMutationEvents);

@@ -8,6 +8,7 @@
 #include "watch/RefreshKeys.h"
 #include "workspace/DirectoryCache.h"
 #include "workspace/MutationPayload.h"
+#include "workspace/WorkspaceErrors.h"
 
 void EditorDocumentDaemon::emitWorkspaceRefreshes(const std::string& rootPath,
                                                   const std::vector<std::string>& changedPaths) {
@@ -48,8 +49,7 @@ void EditorDocumentDaemon::emitWorkspaceDirectoryUpdates(DirectoryRefreshPass pa
             refreshWorkspaceDirectory(*directoryPath, emitMutationEvents, pass, workspace->second);
         } catch (const PlatformError& error) {
             if (*directoryPath == pass.rootPath) return dropUnlistableRoot(pass.rootPath, error);
-            // What is loaded above it was listed before, and would have shown where it went.
-            removeLoadedWorkspaceDirectory(*directoryPath, workspace->second);
+            giveUpOrLookAgain(*directoryPath, error, workspace->second);
         }
     }
     pruneWorkspaceCache(workspace->second);
@@ -58,6 +58,29 @@ void EditorDocumentDaemon::emitWorkspaceDirectoryUpdates(DirectoryRefreshPass pa
         enterListedMutation(std::move(removal.payload), pass);
     }
     emitRefreshedState(std::move(pass), emitMutationEvents);
+}
+
+// What is loaded above it was listed before, and would have shown where it went. If it shows the directory where none
+// was found, that has gone in between, and may come back before anybody tells.
+void EditorDocumentDaemon::giveUpOrLookAgain(const std::string& directoryPath, const PlatformError& error,
+                                             ManagedWorkspace& workspace) {
+    const bool isAway =
+        error.code == workspaceDirectoryUnavailableError().code && isShownAsDirectory(directoryPath, workspace);
+    if (!isAway) return removeLoadedWorkspaceDirectory(directoryPath, workspace);
+    if (!workspace.awayDirectoryPaths.insert(directoryPath).second) return;
+    queue->asyncAfter(RenamePairing::pendingRenameRetention,
+                      [weakDaemon = weak_from_this(), rootPath = workspace.rootPath, directoryPath] {
+                          if (const auto daemon = weakDaemon.lock()) daemon->lookAgain(rootPath, directoryPath);
+                      });
+}
+
+void EditorDocumentDaemon::lookAgain(const std::string& rootPath, const std::string& directoryPath) {
+    const auto workspace = workspacesByRootPath.find(rootPath);
+    if (workspace == workspacesByRootPath.end() || workspace->second.awayDirectoryPaths.erase(directoryPath) == 0)
+        return;
+    if (!fileManager.isDirectory(directoryPath)) removeLoadedWorkspaceDirectory(directoryPath, workspace->second);
+    emitWorkspaceRefreshes(rootPath, {directoryPath});
+    refreshWatchRoots();
 }
 
 // Throws what the listing throws.

@@ -114,6 +114,16 @@ void pruneWorkspaceCache(ManagedWorkspace& workspace) {
     workspace.mayHoldUnlisted = dropped > 0;
 }
 
+bool isShownAsDirectory(const std::string& directoryPath, const ManagedWorkspace& workspace) {
+    const auto siblings = workspace.childNodeIDsByDirectoryPath.find(parentPath(directoryPath));
+    if (siblings == workspace.childNodeIDsByDirectoryPath.end()) return false;
+    return std::ranges::any_of(siblings->second, [&](const std::string& nodeID) {
+        const auto node = workspace.cachedNodesByID.find(nodeID);
+        return node != workspace.cachedNodesByID.end() && node->second.path == directoryPath &&
+               node->second.isDirectory;
+    });
+}
+
 void removeLoadedWorkspaceDirectory(const std::string& atOrWithin, ManagedWorkspace& workspace) {
     workspace.mayHoldUnlisted = true;
     std::erase_if(workspace.loadedDirectoryPaths,

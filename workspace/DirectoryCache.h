@@ -22,6 +22,9 @@ WorkspaceBrowserDirectoryPayload cachedWorkspaceDirectoryPayload(const std::stri
                                                                  const std::string& directoryPath,
                                                                  const ManagedWorkspace& workspace);
 
+// Whether the remembered listing of its parent has the directory.
+bool isShownAsDirectory(const std::string& directoryPath, const ManagedWorkspace& workspace);
+
 // Drops the nodes that no listing holds any more, then the directories whose nodes are gone. What this leaves without
 // an owner goes the next time. Costs nothing where nothing can have gone.
 void pruneWorkspaceCache(ManagedWorkspace& workspace);

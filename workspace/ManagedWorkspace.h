@@ -19,6 +19,7 @@ struct ManagedWorkspace {
     std::string rootPath;
     std::string realRootPath{};                   // with no link on the way, when the client opened it last
     std::set<std::string> loadedDirectoryPaths{}; // the directories whose children the client has
+    std::set<std::string> awayDirectoryPaths{};   // of them, those that were shown and not found, to be looked at again
     std::unordered_map<std::string, WorkspaceBrowserNodePayload> cachedNodesByID{};
     std::unordered_map<std::string, std::vector<std::string>> childNodeIDsByDirectoryPath{}; // in listing order
     std::unordered_map<std::string, std::chrono::nanoseconds> mutationsFromListings{}; // by key, when they were told

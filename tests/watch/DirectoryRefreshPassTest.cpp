@@ -160,8 +160,21 @@ TEST_F(DirectoryRefresh, AMissingFolderIsGivenUpAfterItsAncestorWasListed) {
     // One question each for the root of the request, the affected and the changed directory, the root's and a's
     // listing.
     daemon.fileManager->beforeCall(FileOperation::isDirectory, asked + 6, [this] { renameOutside("a/b", "a/z"); });
-    EXPECT_EQ(refresh("a/b"), Lines{}) << "its parent was listed before it went";
-    EXPECT_EQ(refresh("a"), Lines{"listing a: z/"});
+    EXPECT_EQ(refresh("a/b"), Lines{"listing a: z/"}) << "its parent was listed before it went, and is looked at again";
+}
+
+TEST_F(DirectoryRefresh, AFolderThatIsAwayForAMomentStaysExpanded) {
+    make("a/b/c");
+    load("a a/b");
+    const int asked = daemon.fileManager->callCount(FileOperation::isDirectory);
+    daemon.fileManager->beforeCall(FileOperation::isDirectory, asked + 6, [this] { renameOutside("a/b", "a/z"); });
+    daemon.fileManager->beforeCall(FileOperation::isDirectory, asked + 7, [this] {
+        renameOutside("a/z", "a/b");
+        writeFile(path("a/b/new"), "");
+    });
+    EXPECT_EQ(refresh("a/b"), Lines{"listing a/b: c new"});
+    writeFile(path("a/b/newer"), "");
+    EXPECT_EQ(refresh("a/b"), Lines{"listing a/b: c new newer"});
 }
 
 // The inference from listings, which only changes seen from outside ask for.
