@@ -154,6 +154,7 @@ void TreeWatcher::attach(Root& root) {
     FolderNode* inner = findListed(root.path);
     if (inner && inner->isListed && inner->identity == *identity) {
         root.node = inner;
+        crawlUnlisted(inner); // what the limit of a root around it may have left out
         return;
     }
     FolderNode* top = tree.addTop(root.path);

@@ -165,6 +165,18 @@ TEST_F(TreeWatcherTest, KeepsARootWhoseOuterRootIsGivenUp) {
     EXPECT_TRUE(disk.isWatched("/w/d/e/f"));
 }
 
+TEST_F(TreeWatcherTest, WatchesAllOfARootWithinOneThatWasLimited) {
+    for (int i = 0; i < 1000; ++i) disk.makeDirectory("/w/d/" + std::to_string(i));
+    disk.makeDirectory("/w/d/e/f");
+    disk.takeBlock();
+    watcher.setInterest({.documentRootPaths = {"/w"}});
+    start();
+    EXPECT_FALSE(disk.isWatched("/w/d/e/f"));
+    watcher.setRoots({"/w", "/w/d"});
+    passOn();
+    EXPECT_TRUE(disk.isWatched("/w/d/e/f"));
+}
+
 TEST_F(TreeWatcherTest, ForgetsARootThatGoesFromTheRootAroundIt) {
     start();
     watcher.setRoots({"/w", "/w/d"});
