@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <unordered_set>
 #include <utility>
 
 #include "platform/linux/TemporaryName.h"
@@ -199,9 +200,10 @@ EventStreamBatch TreeWatcher::closeWindow(WatchTime now) {
     openAncestors.clear();
     for (FolderNode* folder : pending.takeDeparted(now)) kill(folder);
     checkRoots(now);
+    std::unordered_set<const FolderNode*> compared; // once, though a poll may have come to it as well
     for (FolderNode* folder : std::exchange(waitingForClosing, {})) {
         --folder->timesQueued;
-        if (!folder->isDead) enqueue(urgent, folder, true);
+        if (!folder->isDead && compared.insert(folder).second) enqueue(urgent, folder, true);
     }
     const auto lookUp = [&](const FolderNode& folder, const std::vector<std::string>& names) {
         return itemsIn(folder, names);

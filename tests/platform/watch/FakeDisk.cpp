@@ -203,6 +203,7 @@ OpenedFolder FakeDisk::opened(const std::string& path) {
     const auto item = items.find(path);
     if (item == items.end()) return {.error = ENOENT};
     if (item->second.type != ItemType::directory) return {.error = ENOTDIR};
+    if (brokenPaths.contains(path)) return {.error = EIO};
     return {.folder = std::make_unique<FakeFolder>(*this, item->second)};
 }
 

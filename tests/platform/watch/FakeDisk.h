@@ -46,6 +46,7 @@ public:
     std::size_t watchLimit = 1'000'000;
     std::size_t pathLimit = 4096;
     EventCoverage coverage = EventCoverage::complete;
+    std::set<std::string> brokenPaths{}; // of folders that can be seen, and not be opened
     // What is done before the next watch is added, to come between two steps of the watcher.
     std::function<void()> beforeNextWatch{};
     std::function<void()> beforeEachCall{}; // of the watcher

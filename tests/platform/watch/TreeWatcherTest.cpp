@@ -257,6 +257,26 @@ TEST_F(TreeWatcherTest, PollsFileSystemsThatOthersChange) {
     EXPECT_EQ(toldWithin(seconds(3)), Tellings{"modified /w/d/n.txt"});
 }
 
+TEST_F(TreeWatcherTest, TriesNoMoreOftenWhatStaysOutOfReach) {
+    disk.coverage = EventCoverage::ownChangesOnly;
+    watcher.setInterest({.directoryPaths = {"/w/d", "/w/d/e"}});
+    start();
+    disk.brokenPaths = {"/w/d"};
+    const auto triesWithin = [&](std::chrono::nanoseconds time) {
+        const std::size_t before = disk.openingsByPath;
+        toldWithin(time);
+        return disk.openingsByPath - before;
+    };
+    triesWithin(seconds(20));
+    const std::size_t tries = triesWithin(seconds(20));
+    triesWithin(seconds(200));
+    EXPECT_LE(triesWithin(seconds(20)), tries);
+    disk.brokenPaths.clear();
+    write("/w/d/n.txt");
+    disk.takeBlock(); // written elsewhere
+    EXPECT_EQ(toldWithin(seconds(3)), Tellings{"modified /w/d/n.txt"});
+}
+
 TEST_F(TreeWatcherTest, GivesWatchesToWhatIsOfInterestAndTakesThemUpAgain) {
     disk.watchLimit = 2;
     start();
