@@ -86,6 +86,7 @@ private:
     // Documents. Absent when the request names no open document.
     const ManagedDocument* requestedDocument(const EditorDocumentDaemonRequest& request) const;
     void markMissing(ManagedDocument& document);
+    void followSavedFile(ManagedDocument& document);
     void reload(ManagedDocument& document);
     void tellLoaded(ManagedDocument& document, const std::string& path, LoadedDocument loaded);
 

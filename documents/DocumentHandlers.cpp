@@ -1,4 +1,6 @@
 #include <cassert>
+#include <new>
+#include <utility>
 
 #include "daemon/EditorDocumentDaemon.h"
 #include "documents/DocumentLoading.h"
@@ -70,6 +72,20 @@ void EditorDocumentDaemon::handleSave(EditorDocumentDaemonRequest request) {
     ManagedDocument& saved = documentsByID.at(document.documentID) = std::move(document);
     emit(answer);
     recogniseSavedFile(saved.path);
+    followSavedFile(saved);
+}
+
+// Where there was no file, links may have come to lead elsewhere, and nothing tells of the new one but this save, which
+// is done and answered whatever becomes of what is left.
+void EditorDocumentDaemon::followSavedFile(ManagedDocument& document) {
+    try {
+        DocumentPlace place = currentPlace(document.path, fileManager);
+        if (place == document.place) return;
+        document.place = std::move(place);
+        refreshWatchRoots();
+    } catch (const std::bad_alloc&) {
+        tellEverythingAnewSoon();
+    }
 }
 
 void EditorDocumentDaemon::handleClose(EditorDocumentDaemonRequest request) {

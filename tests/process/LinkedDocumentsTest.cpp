@@ -7,6 +7,7 @@
 namespace {
 
 using Command = EditorDocumentRequestCommand;
+using Lines = WatchedSession::Lines;
 
 TEST(LinkedDocuments, AreToldWhatBecomesOfTheirFiles) {
     const struct {
@@ -42,6 +43,17 @@ TEST(LinkedDocuments, AreToldWhatBecomesOfTheirFiles) {
     }
 }
 
+TEST(LinkedDocuments, AreToldWhatBecomesOfTheFilesThatASaveMade) {
+    WatchedSession session("folder/a.txt");
+    session.eventsUntilQuiet();
+    const std::string document = session.open("folder/a.txt");
+    session.shell("mkdir ../outside; mv folder ..; ln -s ../outside folder");
+    ASSERT_EQ(session.differenceInTheEnd(), "");
+    session.ask({.command = Command::save, .documentID = document, .text = "saved", .expectedVersion = 2});
+    session.shell("echo new > ../outside/a.txt");
+    EXPECT_EQ(session.events(1), Lines{"updated document-1 v4 folder/a.txt"});
+}
+
 TEST(LinkedDocuments, OfOneFileDoNotOverwriteEachOtherUnseen) {
     WatchedSession session("folder/a.txt");
     session.shell("ln -s folder near");
@@ -49,8 +61,7 @@ TEST(LinkedDocuments, OfOneFileDoNotOverwriteEachOtherUnseen) {
     const std::string plain = session.open("folder/a.txt"), linked = session.open("near/a.txt");
     for (const std::int64_t version : {1, 2}) {
         session.ask({.command = Command::save, .documentID = plain, .text = "saved", .expectedVersion = version});
-        EXPECT_EQ(session.events(1),
-                  WatchedSession::Lines{"updated document-2 v" + std::to_string(version + 1) + " near/a.txt"});
+        EXPECT_EQ(session.events(1), Lines{"updated document-2 v" + std::to_string(version + 1) + " near/a.txt"});
         const auto refused =
             session.ask({.command = Command::save, .documentID = linked, .text = "", .expectedVersion = version});
         EXPECT_EQ(refused.success, false);
