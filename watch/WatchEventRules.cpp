@@ -47,7 +47,10 @@ public:
     }
 
     // Any link, and any directory that one leads to, may be on the way to them.
-    void takeBehindLinks(std::set<std::string>& documentIDs) { documentIDs.merge(idsBehindLinks); }
+    void takeBehindLinks(std::set<std::string>& documentIDs) {
+        documentIDs.insert(idsBehindLinks.begin(), idsBehindLinks.end());
+        idsBehindLinks.clear(); // all are taken, and the next event need not look at them
+    }
 
     void takeWithin(const std::string& path, std::set<std::string>& documentIDs) {
         const auto [first, last] = idsByPath.equal_range(path);
