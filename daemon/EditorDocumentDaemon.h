@@ -152,6 +152,7 @@ private:
                               WatchEventEffects& effects);
     void followOutsideRename(const std::string& sourcePath, const std::string& destinationPath);
     void checkNearbyDocument(const std::string& documentID);
+    void checkDocumentAgain(const std::string& documentID);
     std::optional<WorkspaceBrowserMutationPayload> workspaceMutation(const WorkspaceWatchEvent& event,
                                                                      ManagedWorkspace& workspace,
                                                                      WatchEventEffects& effects);

@@ -70,8 +70,17 @@ void EditorDocumentDaemon::checkNearbyDocument(const std::string& documentID) {
     const bool isInBetween = (found.isMissing && !known.isMissing) || (found.fileSize == 0 && known.fileSize != 0);
     if (!isInBetween) return checkDocumentForChanges(documentID);
     queue->asyncAfter(RenamePairing::pendingRenameRetention, [weakDaemon = weak_from_this(), documentID] {
-        if (const auto daemon = weakDaemon.lock()) daemon->checkDocumentForChanges(documentID);
+        if (const auto daemon = weakDaemon.lock()) daemon->checkDocumentAgain(documentID);
     });
+}
+
+void EditorDocumentDaemon::checkDocumentAgain(const std::string& documentID) {
+    const auto open = documentsByID.find(documentID);
+    if (open == documentsByID.end()) return;
+    const DocumentPlace former = open->second.place;
+    checkDocumentForChanges(documentID);
+    // Links may have come to lead elsewhere, where nothing is watched yet.
+    if (open->second.place != former) refreshWatchRoots();
 }
 
 void EditorDocumentDaemon::handleWatchEvent(const WorkspaceWatchEvent& event, WatchEventEffects& effects) {

@@ -477,4 +477,15 @@ TEST(WatchEvents, ManyChangesCostInProportion) {
     }
 }
 
+TEST(WatchEvents, WatchingFollowsADocumentThatIsFoundElsewhereLater) {
+    Watched watched;
+    makeTree(watched.path("."), "../link>outside far>../link");
+    watched.daemon.open(watched.path("far/o.txt"));
+    fs::remove(watched.path("../link"));
+    watched.tell("look .");
+    makeTree(watched.path("."), "../new/o.txt ../link>new");
+    EXPECT_EQ(watched.after(1s), Lines{"updated document-4 v2 far/o.txt"});
+    EXPECT_EQ(watched.daemon.eventStreams->roots, (Lines{watched.path("../new"), watched.path(".")}));
+}
+
 } // namespace
