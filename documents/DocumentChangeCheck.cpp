@@ -66,7 +66,7 @@ void EditorDocumentDaemon::tellLoaded(ManagedDocument& document, const std::stri
         .snapshot = documentSnapshot(told, std::move(loaded.text)),
     });
     if (told.path != document.path) {
-        documentIDByPath[told.path] = told.documentID;
+        documentIDByPath.insert_or_assign(told.path, told.documentID);
         forgetPath(document);
     }
     document = std::move(told);

@@ -37,11 +37,14 @@ void EditorDocumentDaemon::markManagedDocumentsDeleted(const std::string& atOrWi
 }
 
 void EditorDocumentDaemon::moveDocument(ManagedDocument& document, std::string newPath) {
-    forgetPath(document);
+    DocumentMetadata metadata = metadataAfterMove(document.metadata, currentMetadata(newPath, fileManager));
+    DocumentPlace place = currentPlace(newPath, fileManager);
+    documentIDByPath.insert_or_assign(newPath, document.documentID);
+    // Nothing fails from here on.
+    if (newPath != document.path) forgetPath(document);
     document.path = std::move(newPath);
-    document.metadata = metadataAfterMove(document.metadata, currentMetadata(document.path, fileManager));
-    document.place = currentPlace(document.path, fileManager);
-    documentIDByPath[document.path] = document.documentID;
+    document.metadata = std::move(metadata);
+    document.place = std::move(place);
 }
 
 // The path may meanwhile name another open document.

@@ -16,9 +16,12 @@ void EditorDocumentDaemon::handleOpen(EditorDocumentDaemonRequest request) {
     if (!path) return respondFailure(request, "Missing file path.");
 
     ManagedDocument document{.path = *path, .version = 1};
-    if (const auto open = documentIDByPath.find(document.path); open != documentIDByPath.end()) {
-        document.documentID = open->second;
-        document.version = documentsByID.at(open->second).version + 1;
+    // An opening that found no memory may have left an ID behind, and no document.
+    const auto openID = documentIDByPath.find(document.path);
+    const auto open = openID == documentIDByPath.end() ? documentsByID.end() : documentsByID.find(openID->second);
+    if (open != documentsByID.end()) {
+        document.documentID = open->first;
+        document.version = open->second.version + 1;
     }
 
     LoadedDocument loaded;
@@ -38,7 +41,7 @@ void EditorDocumentDaemon::handleOpen(EditorDocumentDaemonRequest request) {
         .success = true,
         .snapshot = documentSnapshot(document, std::move(loaded.text)),
     });
-    documentIDByPath[document.path] = document.documentID;
+    documentIDByPath.insert_or_assign(document.path, document.documentID);
     documentsByID[document.documentID] = std::move(document);
     refreshWatchRoots();
     emit(answer);
