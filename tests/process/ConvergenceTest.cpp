@@ -93,6 +93,7 @@ std::string playRound(WatchedSession& session, RandomChanges& changes, RandomFau
         return noAnswer.what();
     }
     fs::remove_all(session.directory.path("home")); // the trash
+    changes.removeNumbered();
     return session.differenceInTheEnd();
 }
 

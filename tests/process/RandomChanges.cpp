@@ -139,6 +139,16 @@ void RandomChanges::linkOne() {
     fs::create_symlink(target, path, ignored);
 }
 
+void RandomChanges::removeNumbered() {
+    std::vector<std::string> numbered;
+    for (fs::recursive_directory_iterator each(session.root, ignored), end; !ignored && each != end;
+         each.increment(ignored)) {
+        const std::string found = each->path().filename();
+        if (found.starts_with("untitled") || found.find(" copy") != found.npos) numbered.push_back(each->path());
+    }
+    for (const std::string& path : numbered) fs::remove_all(path, ignored);
+}
+
 void RandomChanges::expandOne() {
     const std::string path = folder();
     if (path != session.root && !session.picture.folders.contains(path.substr(0, path.rfind('/')))) return;

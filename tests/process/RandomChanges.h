@@ -15,6 +15,8 @@ public:
     void makeOne();
     // By other programs alone.
     void makeOneOutside();
+    // The items to which the daemon gave names. Nothing else would, and in a tree that grows without end memory does.
+    void removeNumbered();
 
     std::size_t below(std::size_t count) { return random() % count; }
     std::string text() { return "text " + std::to_string(++textCount) + '\n'; }
