@@ -66,7 +66,7 @@ Holdings holdingsWhenAllIsClosed(WatchedSession& session) {
 TEST(Convergence, TheClientKnowsInTheEndWhatIsOnTheDisk) {
     const std::uint64_t seed = number("WATCH_CONVERGENCE_SEED", std::random_device()());
     const std::uint64_t operations = number("WATCH_CONVERGENCE_OPERATIONS", 400);
-    std::cout << "seed " << seed << '\n';
+    std::cout << "seed " << seed << std::endl;
     WatchedSession session("a b/a b/b c/d/e");
     RandomChanges changes(session, seed);
     std::mt19937_64 lengths(seed);
@@ -74,8 +74,8 @@ TEST(Convergence, TheClientKnowsInTheEndWhatIsOnTheDisk) {
         changes.log.clear();
         for (std::uint64_t count = 1 + lengths() % 30; count > 0; --count, ++done) changes.makeOne();
         const std::string difference = session.differenceInTheEnd();
-        ASSERT_EQ(difference, "") << "seed " << seed << ", after " << done << " operations, the last of them\n"
-                                  << changes.log;
+        ASSERT_TRUE(difference.empty()) << "seed " << seed << ", after " << done << " operations, the last of them\n"
+                                        << changes.log << difference;
     }
 }
 
@@ -101,15 +101,18 @@ TEST(Convergence, WhateverGoesWrong) {
     const std::uint64_t seed = number("WATCH_CONVERGENCE_SEED", std::random_device()());
     const std::uint64_t minutes = number("WATCH_CONVERGENCE_MINUTES", 0);
     const auto length = minutes > 0 ? std::chrono::seconds(60 * minutes) : std::chrono::seconds(12);
-    std::cout << "seed " << seed << '\n';
+    std::cout << "seed " << seed << std::endl;
     WatchedSession session("a b/a b/b c/d/e", RandomFaults::launcher());
     RandomChanges changes(session, seed);
     RandomFaults faults(changes, session);
     int rounds = 0;
     const auto playFor = [&](std::chrono::seconds time) {
-        for (const auto end = std::chrono::steady_clock::now() + time; std::chrono::steady_clock::now() < end; ++rounds)
-            ASSERT_EQ(playRound(session, changes, faults), "") << "seed " << seed << ", round " << rounds << '\n'
-                                                               << changes.log;
+        for (const auto end = std::chrono::steady_clock::now() + time; std::chrono::steady_clock::now() < end;) {
+            const std::string difference = playRound(session, changes, faults);
+            ASSERT_TRUE(difference.empty()) << "seed " << seed << ", round " << rounds << '\n'
+                                            << changes.log << difference;
+            ++rounds;
+        }
     };
     playFor(length / 4);
     if (HasFatalFailure()) return;

@@ -39,6 +39,6 @@ EditorDocumentDaemonEnvelope DaemonClient::nextEnvelope() {
 
 EditorDocumentDaemonEnvelope DaemonClient::readEnvelope() {
     const auto line = process.readLine();
-    if (!line) throw std::runtime_error("the daemon ended\n" + process.recorded());
+    if (!line) throw process.failure("the daemon ended");
     return decodeRecord<EditorDocumentDaemonEnvelope>(*line);
 }

@@ -19,7 +19,7 @@ extern char** environ;
 namespace {
 
 constexpr std::chrono::seconds deadline{60};
-constexpr std::size_t recordedLimit = 60'000; // of what is recorded for the message of a failure
+constexpr std::size_t recordedLimit = 20'000; // of what is recorded for the message of a failure
 
 std::array<int, 2> makePipe() {
     std::array<int, 2> ends{};
@@ -39,9 +39,9 @@ void closeOnce(int& descriptor) {
     descriptor = -1;
 }
 
-bool becomesReadable(int descriptor) {
+bool becomesReadable(int descriptor, std::chrono::milliseconds time) {
     pollfd readable{.fd = descriptor, .events = POLLIN, .revents = 0};
-    return ::poll(&readable, 1, static_cast<int>(std::chrono::milliseconds(deadline).count())) == 1;
+    return ::poll(&readable, 1, static_cast<int>(time.count())) == 1;
 }
 
 } // namespace
@@ -60,6 +60,8 @@ DaemonProcess::DaemonProcess(std::vector<std::string> arguments, std::vector<std
     arguments.insert(arguments.begin(), DAEMON_EXECUTABLE);
     arguments.insert(arguments.begin(), launcher.begin(), launcher.end());
     for (char** variable = environ; *variable; ++variable) environment.emplace_back(*variable);
+    // Otherwise a race would be told on standard error alone, while the daemon goes on.
+    environment.emplace_back("TSAN_OPTIONS=halt_on_error=1");
     // A child inherits what is ignored, and is to see to that itself.
     std::signal(SIGPIPE, SIG_DFL);
     const int failure = ::posix_spawnp(&child, arguments[0].c_str(), &actions, nullptr, pointers(arguments).data(),
@@ -88,7 +90,7 @@ void DaemonProcess::send(const std::string& bytes) {
     for (std::size_t sent = 0; sent < bytes.size();) {
         const ssize_t count = ::write(input, bytes.data() + sent, bytes.size() - sent);
         if (count < 0 && errno == EINTR) continue;
-        if (count < 0) throw std::runtime_error("the daemon no longer reads\n" + recorded());
+        if (count < 0) throw failure("the daemon no longer reads");
         sent += static_cast<std::size_t>(count);
     }
 }
@@ -103,7 +105,7 @@ std::optional<std::string> DaemonProcess::readLine() {
             return line;
         }
         searched = buffered.size();
-        if (!becomesReadable(output)) throw std::runtime_error("no answer in time\n" + recorded());
+        if (!becomesReadable(output, deadline)) throw failure("no answer in time");
         std::array<char, 65536> bytes{};
         const ssize_t count = ::read(output, bytes.data(), bytes.size());
         if (count < 0 && errno == EINTR) continue;
@@ -115,7 +117,7 @@ std::optional<std::string> DaemonProcess::readLine() {
 std::string DaemonProcess::ask(const std::string& line) {
     sendLine(line);
     auto answer = readLine();
-    if (!answer) throw std::runtime_error("the daemon ended\n" + recorded());
+    if (!answer) throw failure("the daemon ended");
     return *answer;
 }
 
@@ -137,7 +139,9 @@ int DaemonProcess::wait() {
 std::string DaemonProcess::errors() {
     std::string text;
     std::array<char, 4096> bytes{};
-    for (ssize_t count; (count = ::read(error, bytes.data(), bytes.size())) > 0;) {
+    while (becomesReadable(error, {})) {
+        const ssize_t count = ::read(error, bytes.data(), bytes.size());
+        if (count <= 0) break;
         text.append(bytes.data(), static_cast<std::size_t>(count));
     }
     return text;
@@ -148,6 +152,10 @@ void DaemonProcess::record(const std::string& direction, const std::string& text
     const std::lock_guard lock(mutex);
     conversation += direction + text.substr(0, 1000);
     if (conversation.size() > 30 * recordedLimit) conversation.erase(0, conversation.size() - recordedLimit);
+}
+
+std::runtime_error DaemonProcess::failure(const std::string& what) {
+    return std::runtime_error(what + '\n' + errors() + recorded());
 }
 
 std::string DaemonProcess::recorded() const {

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <mutex>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -25,8 +26,11 @@ public:
     // The next line of output without its line feed; absent at its end.
     std::optional<std::string> readLine();
 
-    // The conversation so far, or the end of a long one, for the message of a failure.
+    // The conversation so far, or the end of a long one.
     std::string recorded() const;
+
+    // For a conversation that cannot go on: what is missing, what the process has complained of, and what was said.
+    std::runtime_error failure(const std::string& what);
 
     // Sends the line and waits for one line of answer.
     std::string ask(const std::string& line);
@@ -37,7 +41,7 @@ public:
     // Waits for the process to end. Not negative: the exit status; negative: the signal that ended it.
     int wait();
 
-    // What is left on standard error. To be called after wait().
+    // What has come on standard error since the last call.
     std::string errors();
 
     pid_t processID() const { return child; }
