@@ -1,6 +1,7 @@
 #include "workspace/DirectoryListing.h"
 
 #include <algorithm>
+#include <cerrno>
 
 #include "identity/StableNodeID.h"
 #include "workspace/PathComponents.h"
@@ -75,6 +76,11 @@ private:
     std::vector<Entry> entries{};
 };
 
+// Between the question for it and its turn.
+bool hasGone(const PlatformError& error) {
+    return error.domain == posixErrorDomain && (error.code == ENOENT || error.code == ENOTDIR);
+}
+
 FoundEntries entriesOf(const std::string& directoryPath, const WorkspaceListingSources& sources) {
     FoundEntries found;
     std::string path = appendingPathComponent(directoryPath, "");
@@ -106,5 +112,10 @@ WorkspaceDirectoryListing loadWorkspaceDirectory(const std::string& rootPath, co
                                                  const WorkspaceListingSources& sources) {
     requirePath(directoryPath, rootPath);
     if (!sources.fileManager.isDirectory(directoryPath)) throw workspaceDirectoryUnavailableError();
-    return entriesOf(directoryPath, sources).listing(rootPath, directoryPath, sources.collation);
+    try {
+        return entriesOf(directoryPath, sources).listing(rootPath, directoryPath, sources.collation);
+    } catch (const PlatformError& error) {
+        if (hasGone(error)) throw workspaceDirectoryUnavailableError();
+        throw;
+    }
 }

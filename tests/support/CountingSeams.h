@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/files/LinuxDirectoryWalking.h"
@@ -15,11 +17,13 @@ public:
     }
     void forEachIdentifiedEntry(const std::string& directoryPath,
                                 const std::function<void(const IdentifiedEntry&)>& visit) const override {
-        ++listingCounts[directoryPath];
+        const int count = ++listingCounts[directoryPath];
+        if (const auto action = actions.find({directoryPath, count}); action != actions.end()) action->second();
         inner.forEachIdentifiedEntry(directoryPath, visit);
     }
 
     mutable std::map<std::string, int> listingCounts;
+    std::map<std::pair<std::string, int>, std::function<void()>> actions; // before the listings of these numbers
 
 private:
     const LinuxFileIdentification inner;

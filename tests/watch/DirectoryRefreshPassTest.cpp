@@ -175,6 +175,19 @@ TEST_F(DirectoryRefresh, AFolderThatIsAwayForAMomentStaysExpanded) {
     EXPECT_EQ(refresh("a/b"), Lines{"listing a/b: c new"});
     writeFile(path("a/b/newer"), "");
     EXPECT_EQ(refresh("a/b"), Lines{"listing a/b: c new newer"});
+
+    // Between the question whether it is there and its listing.
+    const auto& listing = *daemon.fileIdentification;
+    const auto whenListed = [&](int count) -> std::function<void()>& {
+        return daemon.fileIdentification->actions[{path("a/b"), listing.listingCounts[path("a/b")] + count}];
+    };
+    whenListed(1) = [this] { renameOutside("a/b", "a/z"); };
+    daemon.fileManager->beforeCall(FileOperation::isDirectory,
+                                   daemon.fileManager->callCount(FileOperation::isDirectory) + 7,
+                                   [this] { renameOutside("a/z", "a/b"); });
+    EXPECT_EQ(refresh("a/b"), Lines{});
+    writeFile(path("a/b/newest"), "");
+    EXPECT_EQ(refresh("a/b"), Lines{"listing a/b: c new newer newest"});
 }
 
 // The inference from listings, which only changes seen from outside ask for.
