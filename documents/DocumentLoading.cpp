@@ -79,7 +79,7 @@ DocumentMetadata documentMetadata(const FileAttributes& attributes) {
         .fileSize = attributes.size,
     };
     if (attributes.fileSystemNumber && attributes.fileNumber) {
-        metadata.fileIdentity = {*attributes.fileSystemNumber, *attributes.fileNumber};
+        metadata.fileIdentity = {*attributes.fileSystemNumber, *attributes.fileNumber, attributes.creationDate};
     }
     return metadata;
 }

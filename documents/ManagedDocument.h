@@ -8,10 +8,12 @@
 #include "platform/TextCoding.h"
 #include "shared/EditorDocumentSnapshotPayload.h"
 
-// Which file stands at a path, whatever its name: two files that live at the same time differ in it.
+// Which file stands at a path, whatever its name. Two files that live at the same time differ in their numbers; one
+// that was given the number of a file before it has another date.
 struct DocumentFileIdentity {
     std::uint64_t fileSystemNumber{};
     std::uint64_t fileNumber{};
+    std::optional<std::chrono::nanoseconds> creationDate{};
 
     bool operator==(const DocumentFileIdentity&) const = default;
 };

@@ -21,6 +21,7 @@ struct FileAttributes {
     std::optional<FileType> type{};
     std::optional<std::uint64_t> size{};                        // bytes
     std::optional<std::chrono::nanoseconds> modificationDate{}; // since 1970-01-01 UTC
+    std::optional<std::chrono::nanoseconds> creationDate{};     // absent where it can change while the item lives
     std::optional<std::uint64_t> fileSystemNumber{};
     std::optional<std::uint64_t> fileNumber{};
 

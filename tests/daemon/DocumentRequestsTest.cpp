@@ -1,4 +1,6 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <stdexcept>
@@ -159,6 +161,27 @@ TEST_F(DocumentRequests, ADeletedFileIsToldOnceAndItsReturnOnce) {
     EXPECT_EQ(daemon.checkDocument("unknown"), Envelopes{});
 }
 
+struct statx statusOf(const std::string& path) {
+    struct statx status {};
+    EXPECT_EQ(::statx(AT_FDCWD, path.c_str(), 0, STATX_INO | STATX_BTIME, &status), 0);
+    return status;
+}
+
+// A new file mostly gets the number that was given back last. Its clock goes on in ticks.
+void replaceByOneOfTheSameNumber(const std::string& path) {
+    const auto time = std::filesystem::last_write_time(path);
+    const struct statx former = statusOf(path);
+    const auto isAsWanted = [&] {
+        const struct statx status = statusOf(path);
+        return status.stx_ino == former.stx_ino && status.stx_btime.tv_nsec != former.stx_btime.tv_nsec;
+    };
+    for (int attempt = 0; attempt < 10'000 && !isAsWanted(); ++attempt) {
+        std::filesystem::remove(path);
+        writeFile(path, "two");
+    }
+    std::filesystem::last_write_time(path, time);
+}
+
 TEST_F(DocumentRequests, EveryKindOfChangeIsSeen) {
     const struct {
         const char* name;
@@ -176,6 +199,7 @@ TEST_F(DocumentRequests, EveryKindOfChangeIsSeen) {
              std::filesystem::last_write_time(path + "2", std::filesystem::last_write_time(path));
              std::filesystem::rename(path + "2", path);
          }},
+        {"another file of the same number, time and size", replaceByOneOfTheSameNumber},
     };
     for (const auto& row : cases) {
         const auto document = opened(row.name, "one");

@@ -90,7 +90,7 @@ FileAttributes fill(int descriptor, std::string_view data, const SaveTarget& tar
     // Taken here and not from the path later, so that a foreign write after this one shows as a difference.
     struct stat status {};
     checked(::fstat(descriptor, &status));
-    return fileAttributes(status);
+    return fileAttributes(status, descriptor);
 }
 
 // Runs the step; its failure is thrown as the one of saving the path.

@@ -67,7 +67,7 @@ FileAttributes LinuxFileManager::attributesOfItem(const std::string& path, Follo
     constexpr std::string_view action = "read the attributes of";
     const auto found = status(cPath(path, action), links);
     if (!found) throw posixError(errno, action, path);
-    return fileAttributes(*found);
+    return fileAttributes(*found, path, links);
 }
 
 FileContents LinuxFileManager::contentsOfFile(const std::string& path, std::uint64_t sizeLimit) const {

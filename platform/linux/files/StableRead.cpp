@@ -83,11 +83,11 @@ FileContents stableContents(const std::string& path, std::uint64_t sizeLimit) {
             break;
         }
         if (attempt == attemptLimit || heldStill(before, after, data.size()))
-            return {.data = std::move(data), .attributes = fileAttributes(before)};
+            return {.data = std::move(data), .attributes = fileAttributes(before, file.get())};
         before = after;
         pauseBeforeAttempt(attempt + 1);
     }
-    return {.attributes = fileAttributes(before)};
+    return {.attributes = fileAttributes(before, file.get())};
 }
 
 } // namespace
