@@ -118,6 +118,38 @@ TEST(WatchingLimits, WhatWasListedOnADiskThatIsGoneIsListedAgain) {
     }
 }
 
+// Of the same file system, too, so that only the mount tells it from what lies below.
+TEST(WatchingLimits, WhatIsMountedWithinAWorkspaceIsToldLikeAllElse) {
+    for (const bool isThereBefore : {true, false}) {
+        WatchedSession session("sub/covered.txt");
+        const std::string elsewhere = session.directory.path("elsewhere");
+        writeFile(elsewhere + "/a.txt", "1");
+        writeFile(elsewhere + "/deep/b.txt", "1");
+        const auto mount = [&] {
+            return ::mount(elsewhere.c_str(), session.path("sub").c_str(), "", MS_BIND, nullptr) == 0;
+        };
+        session.closeWorkspace();
+        if (isThereBefore && !mount()) GTEST_SKIP() << "cannot mount";
+        session.ask({.command = Command::openWorkspace, .rootPath = session.root});
+        session.load("sub");
+        ASSERT_TRUE(isThereBefore || mount());
+        ASSERT_EQ(session.differenceInTheEnd(), "") << isThereBefore;
+        session.load("sub/deep");
+        const std::string documentID = session.open("sub/deep/b.txt");
+        ASSERT_EQ(session.differenceInTheEnd(), "") << isThereBefore;
+        writeFile(session.path("sub/new.txt"), "");
+        writeFile(session.path("sub/deep/b.txt"), "2");
+        writeFile(session.path("sub/deep/new.txt"), "");
+        EXPECT_EQ(session.differenceInTheEnd(), "") << isThereBefore;
+        EXPECT_EQ(session.picture.documents.at(documentID).text, "2") << isThereBefore;
+        ::umount2(session.path("sub").c_str(), MNT_DETACH);
+        EXPECT_EQ(session.differenceInTheEnd(), "") << isThereBefore;
+        writeFile(session.path("sub/covered.txt"), "2");
+        writeFile(session.path("sub/newer.txt"), "");
+        EXPECT_EQ(session.differenceInTheEnd(), "") << isThereBefore;
+    }
+}
+
 // Its listing is given up, and comes back when the client expands it again; the document in it is followed all along.
 TEST(WatchingLimits, WhatCannotBeReadForAWhileIsToldOnceItIsExpandedAgain) {
     const auto launcher = RandomFaults::launcher();

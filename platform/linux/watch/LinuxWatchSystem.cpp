@@ -170,9 +170,12 @@ OpenedFolder LinuxWatchSystem::openFolder(const std::string& path, FollowLinks l
 OpenedFolder LinuxWatchSystem::opened(Descriptor descriptor) {
     struct stat attributes {};
     if (!descriptor || ::fstat(descriptor.get(), &attributes) != 0) return {.error = errno};
+    struct statx extended {};
+    ::statx(descriptor.get(), "", AT_EMPTY_PATH, STATX_MNT_ID, &extended);
     timespec now{};
     ::clock_gettime(CLOCK_REALTIME_COARSE, &now);
     FolderStatus status{.identity = identityOf(attributes),
+                        .mountNumber = extended.stx_mask & STATX_MNT_ID ? extended.stx_mnt_id : 0,
                         .stamp = std::max(nanoseconds(attributes.st_mtim), nanoseconds(attributes.st_ctim))};
     status.isSettled = nanoseconds(now) - status.stamp > settlingTime;
     const Traits traits = traitsOf(descriptor.get(), attributes.st_dev);

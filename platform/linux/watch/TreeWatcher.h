@@ -92,7 +92,9 @@ private:
     // Single folders.
     void enter(FolderNode* folder, std::deque<CrawlStep>& queueForChildren);
     OpenedFolder open(const FolderNode* folder, const std::string& path);
-    bool isEntry(const FolderNode* folder, FileIdentity identity);
+    // How what was found at a folder's path stands in the folder's parent.
+    enum class Standing { elsewhere, listed, mounted };
+    Standing standing(const FolderNode* folder, FileIdentity identity);
     void keepOpen(const FolderNode* folder, const std::string& path, std::unique_ptr<OpenFolder> contents);
     bool isDistant(const std::string& path) const { return path.size() >= system.longestPath(); }
     int watch(FolderNode* folder, const std::string& path, const OpenFolder& contents);

@@ -52,14 +52,12 @@ void TreeWatcher::enter(FolderNode* folder, std::deque<CrawlStep>& queueForChild
     const FolderStatus status = opened.folder->status();
     if (status.coverage == EventCoverage::pointless && folder->parent) return;
     // Where its parent is thought to be, another folder may be by now, with one of the same name.
-    if (folder->parent && !isEntry(folder, status.identity)) return retryLater(folder);
+    const Standing found = folder->parent ? standing(folder, status.identity) : Standing::listed;
+    if (found == Standing::elsewhere) return retryLater(folder);
     folder->identity = status.identity;
     folder->isRemote = status.coverage == EventCoverage::ownChangesOnly;
-    if (FolderNode* parent = folder->parent; parent && parent->identity.device != status.identity.device) {
-        // A listing tells the number of the folder that lies below the mounted one.
-        if (parent->snapshot.find(folder->name))
-            parent->snapshot.set(folder->name, {status.identity.inode, ItemType::directory});
-    }
+    if (found == Standing::mounted)
+        folder->parent->snapshot.set(folder->name, {status.identity.inode, ItemType::directory});
     const int refusal = watch(folder, path, *opened.folder);
     if (refusal != 0 && !folder->isOfInterest && folder->parent) {
         if (isOutOfWatches) enqueue(background, folder, false);
@@ -82,16 +80,18 @@ void TreeWatcher::enter(FolderNode* folder, std::deque<CrawlStep>& queueForChild
     pending.notice(path, system.now());
 }
 
-// Whether what was opened at the folder's path is in its parent: either it is what was listed there, or what is there
-// now, such as a mounted folder, of which a listing tells another number.
-bool TreeWatcher::isEntry(const FolderNode* folder, FileIdentity identity) {
+// Either it is what was listed there, or what is there now. Of a mounted folder a listing tells the number of the
+// folder that lies below it.
+TreeWatcher::Standing TreeWatcher::standing(const FolderNode* folder, FileIdentity identity) {
     const FolderNode* parent = folder->parent;
     const ItemIdentity listed = parent->snapshot.find(folder->name);
-    if (!listed || FileIdentity{parent->identity.device, listed.inode} == identity) return true;
+    if (!listed || FileIdentity{parent->identity.device, listed.inode} == identity) return Standing::listed;
     const OpenedFolder opened = open(parent, currentPath(parent));
-    if (!opened.folder || opened.folder->status().identity != parent->identity) return false;
+    if (!opened.folder || opened.folder->status().identity != parent->identity) return Standing::elsewhere;
     const OpenedFolder entry = opened.folder->openFolder(folder->name);
-    return entry.folder && entry.folder->status().identity == identity;
+    if (!entry.folder || entry.folder->status().identity != identity) return Standing::elsewhere;
+    const bool isSameMount = entry.folder->status().mountNumber == opened.folder->status().mountNumber;
+    return isSameMount && identity.device == parent->identity.device ? Standing::listed : Standing::mounted;
 }
 
 // The kernel takes no path that is too long, and to go there from the top, step by step, takes the longer the farther
@@ -212,7 +212,11 @@ void TreeWatcher::compare(FolderNode* folder) {
         pending.touchWindow(system.now());
         return;
     }
-    if (!isHere) return handleRefusal(folder, opened.error);
+    if (!isHere) {
+        // No event tells of what is mounted over it.
+        const bool isCovered = opened.folder && standing(folder, opened.folder->status().identity) == Standing::mounted;
+        return isCovered ? replace(folder) : handleRefusal(folder, opened.error);
+    }
     if (!keepWatch(folder, path, *opened.folder)) return;
     folder->failures = 0;
     const bool goesOn = folder->mustCompareBelow;
