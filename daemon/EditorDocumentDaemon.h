@@ -87,6 +87,7 @@ private:
     const ManagedDocument* requestedDocument(const EditorDocumentDaemonRequest& request) const;
     void markMissing(ManagedDocument& document);
     void followSavedFile(ManagedDocument& document);
+    void tellOtherDocuments(const ManagedDocument& saved);
     void reload(ManagedDocument& document);
     void tellLoaded(ManagedDocument& document, const std::string& path, LoadedDocument loaded);
 

@@ -1,4 +1,5 @@
 #include <cassert>
+#include <exception>
 #include <new>
 #include <utility>
 
@@ -76,6 +77,7 @@ void EditorDocumentDaemon::handleSave(EditorDocumentDaemonRequest request) {
     emit(answer);
     recogniseSavedFile(saved.path);
     followSavedFile(saved);
+    tellOtherDocuments(saved);
 }
 
 // Where there was no file, links may have come to lead elsewhere, and nothing tells of the new one but this save, which
@@ -87,6 +89,18 @@ void EditorDocumentDaemon::followSavedFile(ManagedDocument& document) {
         document.place = std::move(place);
         refreshWatchRoots();
     } catch (const std::bad_alloc&) {
+        tellEverythingAnewSoon();
+    }
+}
+
+// Of the same file, which is reached by a link, say. They learn of the text before they can save over it.
+void EditorDocumentDaemon::tellOtherDocuments(const ManagedDocument& saved) {
+    try {
+        for (const auto& [documentID, document] : documentsByID) {
+            const bool isSameFile = document.place.realPath == saved.place.realPath;
+            if (isSameFile && documentID != saved.documentID) checkDocumentForChanges(documentID);
+        }
+    } catch (const std::exception&) {
         tellEverythingAnewSoon();
     }
 }
