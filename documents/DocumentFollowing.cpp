@@ -72,7 +72,8 @@ bool EditorDocumentDaemon::followsOutsideRename(const ManagedDocument& document,
     if (document.metadata.isMissing || documentIDByPath.contains(newPath)) return false;
     if (fileManager.itemExists(document.path)) return false;
     try {
-        return fileManager.attributesOfItem(newPath, FollowLinks::yes).type == FileType::regular;
+        const FileAttributes found = fileManager.attributesOfItem(newPath, FollowLinks::yes);
+        return found.type == FileType::regular && !isOlderFile(documentMetadata(found), document.metadata);
     } catch (const PlatformError&) {
         return false;
     }

@@ -28,3 +28,9 @@ DocumentMetadata metadataAfterMove(const DocumentMetadata& stored, const Documen
                              stored.modifiedAtTimeIntervalSince1970 == found.modifiedAtTimeIntervalSince1970;
     return isUnchanged ? found : stored;
 }
+
+bool isOlderFile(const DocumentMetadata& found, const DocumentMetadata& stored) {
+    if (!found.fileIdentity || !stored.fileIdentity) return false;
+    const auto& date = found.fileIdentity->creationDate;
+    return date && date < stored.fileIdentity->creationDate;
+}

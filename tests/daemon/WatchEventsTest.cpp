@@ -285,6 +285,21 @@ TEST(WatchEvents, AnEventIsNoNewsAfterTheListingThatShowedItsChange) {
     EXPECT_EQ(watched.tell("created n"), Lines{"createdFile n"});
 }
 
+TEST(WatchEvents, ADocumentDoesNotFollowTheFileThatHadItsPathBefore) {
+    Watched watched;
+    const auto created = [&](const std::string& name) {
+        return watched.daemon.fileManager->attributesOfItem(watched.path(name), FollowLinks::yes).creationDate;
+    };
+    watched.happen("move a.txt b.txt");
+    if (!created("b.txt")) GTEST_SKIP() << "this file system keeps no dates of creation";
+    do watched.happen("lose a.txt; have a.txt new");
+    while (created("a.txt") == created("b.txt"));
+    watched.daemon.open(watched.path("a.txt"));
+    EXPECT_EQ(watched.tell("lose a.txt; renamed a.txt b.txt"),
+              (Lines{"children .: other/ sub/ b.txt", "renamed a.txt > b.txt", "deleted document-1"}));
+    EXPECT_EQ(watched.after(1s), Lines{});
+}
+
 TEST(WatchEvents, ADocumentBetweenTwoStepsOfASaveIsNotGone) {
     Watched watched;
     EXPECT_EQ(watched.tell("move a.txt a.txt~; have other/n; created other/n; look ."),
