@@ -10,6 +10,7 @@
 #include "daemon/LinuxDaemonPlatform.h"
 #include "platform/linux/DescriptorLineInput.h"
 #include "platform/linux/PipeSize.h"
+#include "platform/linux/StandardDescriptors.h"
 
 namespace {
 
@@ -29,6 +30,7 @@ std::shared_ptr<EditorDocumentDaemon> daemonWithItsThreads() {
 } // namespace
 
 int main(int argumentCount, char**) {
+    fillStandardDescriptors();
     if (argumentCount > 1) {
         std::fputs("usage: marblefern EditorDocumentDaemon\n", stderr);
         return usageError;

@@ -40,6 +40,39 @@ TEST(RequestLoop, EndsAtTheEndOfInput) {
     EXPECT_EQ(daemon.readLine(), std::nullopt);
 }
 
+// The shell closes it before the daemon starts, so that the number is free for what the daemon opens first.
+std::vector<std::string> launcherThatCloses(const std::string& redirection) {
+    return {"timeout", "30", "sh", "-c", "exec \"$@\" " + redirection, "sh"};
+}
+
+TEST(RequestLoop, AClosedInputIsAtItsEnd) {
+    for (const char* redirection : {"<&-", "<&- >/dev/null 2>&1", "<&- >&- 2>&-"}) {
+        DaemonProcess daemon({}, {}, launcherThatCloses(redirection));
+        EXPECT_EQ(daemon.wait(), 0) << redirection;
+        EXPECT_EQ(daemon.errors(), "") << redirection;
+        EXPECT_EQ(daemon.readLine(), std::nullopt) << redirection;
+    }
+}
+
+TEST(RequestLoop, NoEnvelopeGoesElsewhereWhereTheOutputIsClosed) {
+    DaemonProcess daemon({}, {}, launcherThatCloses(">&-"));
+    daemon.sendLine(unknownClose);
+    daemon.closeInput();
+    EXPECT_EQ(daemon.wait(), 0);
+    EXPECT_EQ(daemon.errors(), "");
+}
+
+TEST(RequestLoop, NothingStandsBetweenTheEnvelopesWhereTheErrorOutputIsClosed) {
+    const TemporaryDirectory directory;
+    DaemonProcess daemon({}, {"MARBLEFERN_EDITOR_DOCUMENT_DAEMON_DEBUG_WATCH_EVENTS=1"}, launcherThatCloses("2>&-"));
+    daemon.ask(R"({"requestID":"1","command":"openWorkspace","rootPath":")" + directory.path() + "\"}");
+    writeFile(directory.path("file"), "");
+    daemon.readLine(); // checks that it is an envelope
+    daemon.closeInput();
+    while (daemon.readLine()) continue;
+    EXPECT_EQ(daemon.wait(), 0);
+}
+
 TEST(RequestLoop, IgnoresWhatIsNoLineOfText) {
     DaemonProcess daemon;
     for (const char* ignored : {"", " \t ", "\r", "\u2003\u2028", "{\"requestID\":\"\xFF\"}", "\xC0\x80"}) {
