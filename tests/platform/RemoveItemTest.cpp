@@ -128,7 +128,9 @@ TEST(RemoveItem, AMountedFileSystemKeepsItsFiles) {
     if (!disk.reason.empty()) GTEST_SKIP() << disk.reason;
     writeFile(disk.path + "/kept", "kept");
     for (const char* removed : {"tree/inner/disk", "tree"}) {
-        EXPECT_EQ(errorOfRemoval(directory.path(removed)).code, EBUSY) << removed;
+        const PlatformError error = errorOfRemoval(directory.path(removed));
+        EXPECT_EQ(error.code, EBUSY) << removed;
+        EXPECT_TRUE(error.localizedDescription.starts_with("Cannot remove “" + disk.path + "”: ")) << error.what();
         EXPECT_EQ(readFile(disk.path + "/kept"), "kept");
     }
 }

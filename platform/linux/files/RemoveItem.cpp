@@ -60,9 +60,10 @@ const dirent64* nextEntry(DirectoryStream& stream) {
 }
 
 // Removes all but the folders from the present directory; these are left to the new level.
-void beginLevel(Removal& removal, const std::string& name) {
+void beginLevel(Removal& removal, std::string name) {
+    removal.itemName.clear();
     refuseMountPoint(removal.chain.get());
-    removal.levels.push_back({.name = name});
+    removal.levels.push_back({.name = std::move(name)});
     DirectoryStream stream(removal.chain.get());
     while (const dirent64* entry = nextEntry(stream)) {
         removal.itemName = entry->d_name;
@@ -102,6 +103,7 @@ void emptyDirectory(Removal& removal) {
             removal.itemName = std::move(level.name);
             removal.levels.pop_back();
             removeEntry(removal, removal.itemName.c_str(), AT_REMOVEDIR);
+            removal.itemName.clear();
         } else {
             return;
         }
