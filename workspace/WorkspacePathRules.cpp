@@ -28,7 +28,7 @@ std::string firstFreePath(std::string_view directoryPath, const FileManager& fil
                           NameForCounter nameForCounter) {
     for (unsigned counter = 0;; ++counter) {
         const std::string name = nameForCounter(counter);
-        std::string path = appendingPathComponent(directoryPath, name);
+        std::string path = standardizedPath(appendingPathComponent(directoryPath, name));
         if (!isNameOfEveryDirectory(name) && !fileManager.itemExists(path)) return path;
     }
 }

@@ -78,6 +78,7 @@ TEST_F(WorkspacePathRules, UniqueDuplicatePath) {
     EXPECT_EQ(uniqueDuplicatePath(path("report.txt"), root(), fileManager), path("report copy 3.txt"));
     EXPECT_EQ(uniqueDuplicatePath(path("x"), root(), fileManager), path("x copy"));
     EXPECT_EQ(uniqueDuplicatePath(path("a.b"), root(), fileManager), path("a copy.b"));
+    EXPECT_EQ(uniqueDuplicatePath("/", "/", fileManager), "/ copy");
 }
 
 // The handlers let neither come so far.
