@@ -136,6 +136,17 @@ TEST_F(WorkspaceRequests, ExpandingADirectoryOfAnUnknownRootOpensTheRoot) {
     EXPECT_EQ(daemon.directoryWalking->walkedPaths, Lines{root}) << "what is indexed is not indexed again";
 }
 
+TEST_F(WorkspaceRequests, ADirectoryIsRememberedOnlyIfALoadedListingShowsIt) {
+    make("d/e/f");
+    open();
+    EXPECT_EQ(children("d/e"), Lines{"listing d/e: f"});
+    EXPECT_EQ(listingsAfterChangeIn("d/e"), Lines{}) << "d is not loaded";
+    children("d");
+    EXPECT_EQ(listingsAfterChangeIn("d/e"), Lines{}) << "d/e was loaded before d";
+    children("d/e");
+    EXPECT_EQ(listingsAfterChangeIn("d/e"), Lines{"listing d/e: f untitled untitled1 untitled2"});
+}
+
 TEST_F(WorkspaceRequests, EveryOpeningBuildsTheIndexAfterTheDelay) {
     const struct {
         const char* name;
