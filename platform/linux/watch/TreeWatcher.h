@@ -123,9 +123,9 @@ private:
     FollowLinks linksAt(const FolderNode* folder) const { return folder->parent ? FollowLinks::no : FollowLinks::yes; }
 
     // Roots and interest.
-    FolderNode* find(const std::string& path) const;
-    FolderNode* findListed(const std::string& path);
-    FolderNode* topAbove(const std::string& path) const;
+    FolderNode* find(std::string_view path) const;
+    FolderNode* findListed(std::string_view path);
+    FolderNode* topAbove(std::string_view path) const;
     void attach(Root& root);
     void adoptTopsWithin(FolderNode* top);
     void detach(Root& root);
@@ -133,6 +133,7 @@ private:
     bool isLost(const Root& root);
     void checkRoots(WatchTime now);
     void loseRoot(Root& root, WatchTime now);
+    void limitDocumentRoots();
     void addInterest(const std::string& folderPath);
     void watchAncestors();
     void crawlUnlisted(FolderNode* folder);

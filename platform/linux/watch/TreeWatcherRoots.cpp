@@ -1,18 +1,20 @@
 #include <algorithm>
 #include <iterator>
+#include <unordered_set>
 #include <utility>
 
 #include "platform/linux/watch/TreeWatcher.h"
 
 namespace {
 
-bool isBelow(const std::string& path, const std::string& directoryPath) {
-    return path != directoryPath && path.starts_with(joinedPath(directoryPath, ""));
+bool isBelow(std::string_view path, std::string_view directoryPath) {
+    if (path.size() <= directoryPath.size() || !path.starts_with(directoryPath)) return false;
+    return directoryPath.ends_with('/') || path[directoryPath.size()] == '/';
 }
 
-std::string parentOf(const std::string& path) {
+std::string_view parentOf(std::string_view path) {
     const std::size_t slash = path.rfind('/');
-    return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
+    return slash == 0 || slash == std::string_view::npos ? "/" : path.substr(0, slash);
 }
 
 // The names that lead from the directory down to the path, which must be at or below it.
@@ -37,8 +39,8 @@ void TreeWatcher::setRoots(const std::vector<std::string>& rootPaths) {
     if (roots.empty()) nextCheck = nextPoll = system.now() + pollInterval();
     // First what is new, so that it can take over what is watched already.
     for (const std::string& path : wanted) {
-        if (std::ranges::find(roots, path, &Root::path) != roots.end()) continue;
         const auto place = std::ranges::lower_bound(roots, path, {}, &Root::path);
+        if (place != roots.end() && place->path == path) continue;
         Root& root = *roots.insert(place, Root{.path = path});
         attach(root);
         if (root.node) continue;
@@ -49,7 +51,7 @@ void TreeWatcher::setRoots(const std::vector<std::string>& rootPaths) {
         if (!wanted.contains(root.path)) detach(root);
     }
     std::erase_if(roots, [&](const Root& root) { return !wanted.contains(root.path); });
-    setInterest(EventStreamInterest(interest));
+    limitDocumentRoots();
     for (const std::string& path : paths.folders) addInterest(path);
     watchAncestors();
 }
@@ -58,14 +60,8 @@ void TreeWatcher::setInterest(const EventStreamInterest& newInterest) {
     interest = newInterest;
     paths.documents = {interest.documentPaths.begin(), interest.documentPaths.end()};
     const auto former = std::exchange(paths.folders, {interest.directoryPaths.begin(), interest.directoryPaths.end()});
-    for (const std::string& path : paths.documents) paths.folders.insert(parentOf(path));
-
-    for (Root& root : roots) {
-        const bool wasLimited =
-            std::exchange(root.isDocumentRoot,
-                          std::ranges::find(interest.documentRootPaths, root.path) != interest.documentRootPaths.end());
-        if (wasLimited && !root.isDocumentRoot && root.node) crawlUnlisted(root.node);
-    }
+    for (const std::string& path : paths.documents) paths.folders.emplace(parentOf(path));
+    limitDocumentRoots();
     for (const std::string& path : paths.folders) {
         if (former.contains(path)) continue;
         addInterest(path);
@@ -77,6 +73,15 @@ void TreeWatcher::setInterest(const EventStreamInterest& newInterest) {
         if (!folder) continue;
         folder->isOfInterest = std::ranges::any_of(roots, [&](const Root& root) { return root.node == folder; });
         stampsByFolder.erase(folder);
+    }
+}
+
+void TreeWatcher::limitDocumentRoots() {
+    const std::unordered_set<std::string_view> documentRoots(interest.documentRootPaths.begin(),
+                                                             interest.documentRootPaths.end());
+    for (Root& root : roots) {
+        const bool wasLimited = std::exchange(root.isDocumentRoot, documentRoots.contains(root.path));
+        if (wasLimited && !root.isDocumentRoot && root.node) crawlUnlisted(root.node);
     }
 }
 
@@ -115,17 +120,18 @@ void TreeWatcher::handleMountChange() {
     }
 }
 
-FolderNode* TreeWatcher::topAbove(const std::string& path) const {
-    FolderNode* best = nullptr;
-    for (const Root& root : roots) {
-        if (!root.node || root.node->parent) continue;
-        if (path != root.path && !isBelow(path, root.path)) continue;
-        if (!best || root.path.size() > best->name.size()) best = root.node;
+// There may be a root for each of many documents, and a look-up for each of them, so it goes up the path instead of
+// through all roots.
+FolderNode* TreeWatcher::topAbove(std::string_view path) const {
+    for (std::string_view directoryPath = path;; directoryPath = parentOf(directoryPath)) {
+        const auto root = std::ranges::lower_bound(roots, directoryPath, {}, &Root::path);
+        const bool isRoot = root != roots.end() && root->path == directoryPath;
+        if (isRoot && root->node && !root->node->parent) return root->node;
+        if (directoryPath == "/") return nullptr;
     }
-    return best;
 }
 
-FolderNode* TreeWatcher::find(const std::string& path) const {
+FolderNode* TreeWatcher::find(std::string_view path) const {
     FolderNode* folder = topAbove(path);
     if (!folder) return nullptr;
     for (const std::string_view name : namesBetween(folder->name, path)) {
@@ -136,7 +142,7 @@ FolderNode* TreeWatcher::find(const std::string& path) const {
 }
 
 // Also brings the way there under watch.
-FolderNode* TreeWatcher::findListed(const std::string& path) {
+FolderNode* TreeWatcher::findListed(std::string_view path) {
     FolderNode* folder = topAbove(path);
     if (!folder) return nullptr;
     for (const std::string_view name : namesBetween(folder->name, path)) {
@@ -246,17 +252,15 @@ void TreeWatcher::watchAncestors() {
     std::unordered_map<std::string, int> former = std::exchange(watchByAncestor, {});
     for (const Root& root : roots) {
         for (std::string path = root.path; path != "/";) {
-            path = parentOf(path);
+            path = std::string(parentOf(path));
             if (watchByAncestor.contains(path)) break;
             const AddedWatch added = system.watchAncestor(path);
             if (added.watch >= 0) watchByAncestor.emplace(path, added.watch);
         }
     }
-    const auto isNeeded = [&](int watch) {
-        return foldersByWatch.contains(watch) ||
-               std::ranges::any_of(watchByAncestor, [&](const auto& entry) { return entry.second == watch; });
-    };
+    std::unordered_set<int> needed;
+    for (const auto& [path, watch] : watchByAncestor) needed.insert(watch);
     for (const auto& [path, watch] : former) {
-        if (!isNeeded(watch)) system.unwatch(watch);
+        if (!needed.contains(watch) && !foldersByWatch.contains(watch)) system.unwatch(watch);
     }
 }
