@@ -203,6 +203,19 @@ TEST_F(TreeWatcherTest, LooksOnceAtWhatItBeginsToWatch) {
     EXPECT_EQ(toldWithin(seconds(1)), Tellings{"look /v/gone"});
 }
 
+TEST_F(TreeWatcherTest, FindsWhatIsOfInterestWhateverTheRootsAroundIt) {
+    disk.makeDirectory("/w/d-x");
+    for (const std::vector<std::string>& roots :
+         {Tellings{"/"}, Tellings{"/w", "/w/d"}, Tellings{"/w", "/w/d", "/w/d/e"}, Tellings{"/w/d", "/w/d-x"}}) {
+        watcher.setInterest({});
+        start();
+        watcher.setRoots(roots);
+        toldAfter();
+        watcher.setInterest({.directoryPaths = {"/w/d/e"}});
+        EXPECT_EQ(toldAfter(), Tellings{}) << testing::PrintToString(roots); // it is under watch
+    }
+}
+
 TEST_F(TreeWatcherTest, SendsWhoeverListedInBetweenToLookAgain) {
     watcher.setInterest({.directoryPaths = {"/w"}, .documentPaths = {"/w/d/n.txt", "/w/r/e/f"}});
     start();
