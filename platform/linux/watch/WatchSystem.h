@@ -27,8 +27,8 @@ enum class EventCoverage : std::uint8_t {
 struct FolderStatus {
     FileIdentity identity{};
     std::uint64_t mountNumber{}; // of the mount through which it was reached; 0 where the kernel does not tell
-    std::int64_t stamp{};   // nanoseconds of the last change to the list of entries
-    bool isSettled = false; // the stamp is so old that a further change would have another one
+    std::int64_t stamp{};        // nanoseconds of the last change to the list of entries
+    bool isSettled = false;      // the stamp is so old that a further change would have another one
     EventCoverage coverage{};
 };
 
