@@ -34,29 +34,36 @@ void FuzzedClient::take(const EditorDocumentDaemonEnvelope& envelope) {
     if (envelope.workspaceDirectory) takeListing(*envelope.workspaceDirectory);
     if (envelope.event == Event::workspaceRootUnavailable ||
         (envelope.command == Command::closeWorkspace && envelope.success == true))
-        nodesByDirectoryByRoot.erase(envelope.workspaceRootPath.value());
+        foldersByRoot.erase(envelope.workspaceRootPath.value());
 }
 
-// Folders that no listing leads to are forgotten.
+// Folders that no listing leads to are forgotten, and so are those whose place another folder has taken.
 void FuzzedClient::takeListing(const WorkspaceBrowserDirectoryPayload& listing) {
-    auto& known = nodesByDirectoryByRoot[listing.rootPath];
-    known[listing.directoryPath] = listing.nodes;
-    std::set<std::string> reached{listing.rootPath};
-    for (auto& [directoryPath, nodes] : known) { // parents come first
-        if (!reached.contains(directoryPath)) continue;
-        for (const auto& node : nodes) {
-            if (node.isDirectory) reached.insert(node.path);
+    FoldersByPath& known = foldersByRoot[listing.rootPath];
+    Folder& listed = known[listing.directoryPath];
+    listed.nodes = listing.nodes;
+    std::map<std::string, std::string> shown{{listing.rootPath, ""}}; // node IDs by path
+    for (auto each = known.begin(); each != known.end();) {
+        auto& [path, folder] = *each;
+        const auto place = shown.find(path);
+        if (&folder == &listed && place != shown.end()) folder.nodeID = place->second;
+        if (place == shown.end() || folder.nodeID != place->second) {
+            each = known.erase(each);
+            continue;
         }
+        for (const auto& node : folder.nodes) {
+            if (node.isDirectory) shown.emplace(node.path, node.nodeID);
+        }
+        ++each;
     }
-    std::erase_if(known, [&](const auto& entry) { return !reached.contains(entry.first); });
 }
 
 void FuzzedClient::requireTruth(const MemoryDisk& disk) const {
-    for (const auto& [rootPath, known] : nodesByDirectoryByRoot) {
+    for (const auto& [rootPath, known] : foldersByRoot) {
         std::set<std::string> nodeIDs;
-        for (const auto& [directoryPath, nodes] : known) {
+        for (const auto& [directoryPath, folder] : known) {
             std::set<std::string> shown;
-            for (const auto& node : nodes) {
+            for (const auto& node : folder.nodes) {
                 require(nodeIDs.insert(node.nodeID).second, "two names have one ID: " + node.path);
                 shown.insert(node.name);
             }

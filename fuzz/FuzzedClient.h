@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "fuzz/MemoryDisk.h"
 #include "shared/EditorDocumentDaemonEnvelope.h"
@@ -16,10 +17,14 @@ public:
     // Aborts unless each expanded folder shows what is on the disk, and no two names have one ID.
     void requireTruth(const MemoryDisk& disk) const;
 
-    std::map<std::string, std::int64_t> versionByDocumentID{};
+    struct Folder {
+        std::string nodeID{}; // by which its parent shows it; of a root none
+        std::vector<WorkspaceBrowserNodePayload> nodes{};
+    };
+    using FoldersByPath = std::map<std::string, Folder>; // parents come first
 
-    using Nodes = std::vector<WorkspaceBrowserNodePayload>;
-    std::map<std::string, std::map<std::string, Nodes>> nodesByDirectoryByRoot{};
+    std::map<std::string, std::int64_t> versionByDocumentID{};
+    std::map<std::string, FoldersByPath> foldersByRoot{};
 
 private:
     void takeListing(const WorkspaceBrowserDirectoryPayload& listing);

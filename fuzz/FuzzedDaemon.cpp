@@ -258,8 +258,8 @@ void FuzzedDaemon::requireConvergence() {
     settle();
     if (hadFaults) return;
     EventStreamBatch batch;
-    for (const auto& [rootPath, known] : client.nodesByDirectoryByRoot) {
-        for (const auto& [directoryPath, nodes] : known) batch.push_back({.path = directoryPath});
+    for (const auto& [rootPath, known] : client.foldersByRoot) {
+        for (const auto& [directoryPath, folder] : known) batch.push_back({.path = directoryPath});
     }
     if (!eventStreams->isRunning()) return;
     eventStreams->send(std::move(batch));
