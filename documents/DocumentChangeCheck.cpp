@@ -4,6 +4,16 @@
 #include "daemon/EditorDocumentDaemon.h"
 #include "documents/DocumentSnapshot.h"
 #include "platform/PlatformError.h"
+#include "workspace/PathComponents.h"
+
+namespace {
+
+bool isInAnotherDirectory(const ManagedDocument& document, const FileManager& fileManager) {
+    const auto realDirectoryPath = fileManager.realPath(parentPath(document.path));
+    return realDirectoryPath && *realDirectoryPath != document.place.realDirectoryPath;
+}
+
+} // namespace
 
 void EditorDocumentDaemon::checkDocumentForChanges(const std::string& documentID) {
     assert(queue->isCurrent());
@@ -11,8 +21,10 @@ void EditorDocumentDaemon::checkDocumentForChanges(const std::string& documentID
     if (open == documentsByID.end()) return;
 
     const DocumentMetadata found = currentMetadata(open->second.path, fileManager);
-    // Links may lead elsewhere by now, and be it to the same file. One that leads nowhere may lead there again.
-    if (!found.isMissing) open->second.place = currentPlace(open->second.path, fileManager);
+    // Links may lead elsewhere by now, and be it to the same file. One that leads nowhere may lead there again, unless
+    // the directory is another one now.
+    if (!found.isMissing || isInAnotherDirectory(open->second, fileManager))
+        open->second.place = currentPlace(open->second.path, fileManager);
     // A missing file stays missing, a present one has neither its time, its size nor its identity changed.
     if (found == open->second.metadata) return;
     if (found.isMissing) {

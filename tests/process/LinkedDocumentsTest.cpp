@@ -54,6 +54,16 @@ TEST(LinkedDocuments, AreToldWhatBecomesOfTheFilesThatASaveMade) {
     EXPECT_EQ(session.events(1), Lines{"updated document-1 v4 folder/a.txt"});
 }
 
+TEST(LinkedDocuments, ThatAreMissingAreToldOfFilesWhereTheLinkLeadsNow) {
+    WatchedSession session("folder/a.txt other/b.txt");
+    session.eventsUntilQuiet();
+    session.open("folder/a.txt");
+    session.shell("rm -r folder; ln -s other folder");
+    ASSERT_EQ(session.differenceInTheEnd(), "");
+    session.shell("echo new > other/a.txt");
+    EXPECT_EQ(session.differenceInTheEnd(), "");
+}
+
 TEST(LinkedDocuments, OfOneFileDoNotOverwriteEachOtherUnseen) {
     WatchedSession session("folder/a.txt");
     session.shell("ln -s folder near");
