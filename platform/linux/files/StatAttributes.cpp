@@ -29,8 +29,16 @@ std::optional<std::chrono::nanoseconds> birthTime(int directory, const char* pat
     return sinceEpoch(status.stx_btime);
 }
 
-bool keepsBirthTimes(const struct statfs& fileSystem) {
-    return fileSystemKind(fileSystem).birthTimes == BirthTimes::lasting;
+// Only of a file system that never changes it.
+template <class AskFileSystem>
+FileAttributes withCreationDate(const struct stat& status, std::optional<std::chrono::nanoseconds> date,
+                                const AskFileSystem& askFileSystem) {
+    FileAttributes attributes = fileAttributes(status);
+    struct statfs fileSystem {};
+    const bool isLasting =
+        date && askFileSystem(&fileSystem) == 0 && fileSystemKind(fileSystem).birthTimes == BirthTimes::lasting;
+    if (isLasting) attributes.creationDate = date;
+    return attributes;
 }
 
 } // namespace
@@ -65,17 +73,12 @@ FileAttributes fileAttributes(const struct stat& status) {
 }
 
 FileAttributes fileAttributes(const struct stat& status, int descriptor) {
-    FileAttributes attributes = fileAttributes(status);
-    struct statfs fileSystem {};
-    if (const auto date = birthTime(descriptor, "", AT_EMPTY_PATH))
-        if (::fstatfs(descriptor, &fileSystem) == 0 && keepsBirthTimes(fileSystem)) attributes.creationDate = date;
-    return attributes;
+    return withCreationDate(status, birthTime(descriptor, "", AT_EMPTY_PATH),
+                            [&](struct statfs* fileSystem) { return ::fstatfs(descriptor, fileSystem); });
 }
 
 FileAttributes fileAttributes(const struct stat& status, const std::string& path, FollowLinks links) {
-    FileAttributes attributes = fileAttributes(status);
-    struct statfs fileSystem {};
-    if (const auto date = birthTime(AT_FDCWD, path.c_str(), links == FollowLinks::yes ? 0 : AT_SYMLINK_NOFOLLOW))
-        if (::statfs(path.c_str(), &fileSystem) == 0 && keepsBirthTimes(fileSystem)) attributes.creationDate = date;
-    return attributes;
+    const int flags = links == FollowLinks::yes ? 0 : AT_SYMLINK_NOFOLLOW;
+    return withCreationDate(status, birthTime(AT_FDCWD, path.c_str(), flags),
+                            [&](struct statfs* fileSystem) { return ::statfs(path.c_str(), fileSystem); });
 }
