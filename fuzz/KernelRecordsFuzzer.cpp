@@ -26,7 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto choose = [&]() -> std::uint64_t {
         return position < input.size() ? static_cast<unsigned char>(input[position++]) : 0;
     };
-    WatchGame game(choose, losesEvents);
+    WatchGame game(choose, {.lostEvents = losesEvents});
     do {
         game.playRound();
         require(isDeceived || game.complaint().empty(), game.complaint());

@@ -202,6 +202,20 @@ std::string joinedPath(std::string directoryPath, std::string_view name) {
     return directoryPath;
 }
 
+std::string_view parentPath(std::string_view path) {
+    const std::size_t slash = path.rfind('/');
+    return slash == 0 || slash == std::string_view::npos ? "/" : path.substr(0, slash);
+}
+
+bool isBelow(std::string_view path, std::string_view directoryPath) {
+    if (path.size() <= directoryPath.size() || !path.starts_with(directoryPath)) return false;
+    return directoryPath.ends_with('/') || path[directoryPath.size()] == '/';
+}
+
+bool isAtOrBelow(std::string_view path, std::string_view directoryPath) {
+    return path == directoryPath || isBelow(path, directoryPath);
+}
+
 std::string currentPath(const FolderNode* folder) {
     return pathFromTop(folder, currentPlace);
 }

@@ -58,6 +58,8 @@ public:
 
     // What was known of the folder at this name is not known any more.
     void forgotten(const NameKey& key, WatchTime now);
+    // What is there may be another item than was told.
+    void doubted(const NameKey& key, WatchTime now) { touch(key, now); }
 
     // Reports without a name in a folder.
     void rootChanged(const std::string& path, WatchTime now);

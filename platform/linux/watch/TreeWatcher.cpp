@@ -45,6 +45,10 @@ EventStreamBatch TreeWatcher::advance() {
         isOutOfWatches = false; // some may have come free
         if (std::ranges::any_of(roots, [&](const Root& root) { return isLost(root); })) pending.touchWindow(now);
         if (!waitingForClosing.empty()) pending.touchWindow(now);
+        if (looksForMounts == 0) recentMounts.clear();
+        if (std::exchange(mustLookAtAll, false)) {
+            for (const std::string& path : paths.folders) pending.notice(path, now);
+        }
     }
     if (!isClosingDue(now)) return {};
     pending.findFilesBeingWritten([&](const NameKey& key) { return system.itemAt(currentPath(key)); });
@@ -174,6 +178,7 @@ void TreeWatcher::handleArrival(const NameKey& key, const KernelRecord& record, 
     }
     tree.place(arrival, key.folder, key.name);
     arrival->failures = 0;
+    lookForRecentMountsSoon(now);
     // It may come from where a comparison has not been to where it has.
     if (isComparingAll || arrival->mustCompareBelow) compareAll(arrival);
     // It, or what is in it, may have moved on before it could be watched.
@@ -200,6 +205,7 @@ EventStreamBatch TreeWatcher::closeWindow(WatchTime now) {
     openAncestors.clear();
     for (FolderNode* folder : pending.takeDeparted(now)) kill(folder);
     checkRoots(now);
+    lookForRecentMounts(now);
     std::unordered_set<const FolderNode*> compared; // once, though a poll may have come to it as well
     for (FolderNode* folder : std::exchange(waitingForClosing, {})) {
         --folder->timesQueued;

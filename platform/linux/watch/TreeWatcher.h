@@ -73,8 +73,12 @@ private:
         std::unique_ptr<OpenFolder> contents{};
     };
 
-    // What the last poll saw in a folder.
-    using FileStamps = std::unordered_map<std::string, FileStamp>;
+    // What the last poll saw.
+    struct PolledFolder {
+        std::int64_t stamp{};
+        bool isSettled = false;
+        std::unordered_map<std::string, FileStamp> files{};
+    };
 
     // Events.
     void handleRecord(const KernelRecord& record, WatchTime now);
@@ -92,12 +96,10 @@ private:
     // Single folders.
     void enter(FolderNode* folder, std::deque<CrawlStep>& queueForChildren);
     OpenedFolder open(const FolderNode* folder, const std::string& path);
-    // How what was found at a folder's path stands in the folder's parent.
-    enum class Standing { elsewhere, listed, mounted };
-    Standing standing(const FolderNode* folder, FileIdentity identity);
     void keepOpen(const FolderNode* folder, const std::string& path, std::unique_ptr<OpenFolder> contents);
     bool isDistant(const std::string& path) const { return path.size() >= system.longestPath(); }
     int watch(FolderNode* folder, const std::string& path, const OpenFolder& contents);
+    void watchOnceThereIsOne(FolderNode* folder);
     AddedWatch addWatch(const FolderNode* folder, const std::string& path, const OpenFolder& contents);
     void own(FolderNode* folder, int watch);
     void disown(FolderNode* folder);
@@ -124,12 +126,14 @@ private:
 
     // Roots and interest.
     FolderNode* find(std::string_view path) const;
+    FolderNode* descend(FolderNode* top, std::string_view path) const;
     FolderNode* findListed(std::string_view path);
     FolderNode* topAbove(std::string_view path) const;
     void attach(Root& root);
     void adoptTopsWithin(FolderNode* top);
     void detach(Root& root);
     void abandon(FolderNode* top);
+    void noticeAbsence(const Root& root);
     bool isLost(const Root& root);
     void checkRoots(WatchTime now);
     void loseRoot(Root& root, WatchTime now);
@@ -137,6 +141,15 @@ private:
     void addInterest(const std::string& folderPath);
     void watchAncestors();
     void crawlUnlisted(FolderNode* folder);
+
+    // Mounts.
+    // How what was found at a folder's path stands in the folder's parent.
+    enum class Standing { elsewhere, listed, mounted };
+    Standing standing(const FolderNode* folder, FileIdentity identity);
+    void correct(FolderNode* folder, Standing found);
+    void lookForRecentMountsSoon(WatchTime now);
+    void lookForRecentMounts(WatchTime now);
+    std::vector<FolderNode*> nearestTo(const std::string& path) const;
 
     // Polling.
     bool needsPolling(const FolderNode* folder) const;
@@ -157,11 +170,14 @@ private:
     std::deque<CrawlStep> background{};           // of folders that nobody looks at
     std::vector<OpenAncestor> openAncestors{};    // while there is work, of folders that are far down
     std::vector<FolderNode*> waitingForClosing{}; // of the window, to be compared then
-    std::unordered_map<FolderNode*, FileStamps> stampsByFolder{};
+    std::unordered_map<FolderNode*, PolledFolder> polledFolders{};
     std::vector<MountPoint> mounts{};
+    std::vector<int> recentMounts{}; // their numbers, for as long as an event may change where they are in the tree
+    int looksForMounts = 0;          // that are left
     bool isOutOfWatches = false;
     bool hasBeenRefused = false; // somewhere, by want of rights
     bool mustWatchAncestors = false;
+    bool mustLookAtAll = false; // that is of interest, at the next check
     bool isComparingAll = false;
     bool mustCompareAllAgain = false;
     WatchTime nextCheck{};

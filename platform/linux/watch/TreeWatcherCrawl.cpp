@@ -10,7 +10,12 @@ namespace {
 
 constexpr std::size_t documentRootLimit = 1000; // folders
 constexpr std::size_t openAncestorLimit = 16;
+constexpr std::uint8_t patience = 3;     // closings that an event may take that explains what was found
 constexpr std::size_t longestName = 256; // with the slash before it
+
+bool isWantOfWatches(int error) {
+    return error == ENOSPC || error == ENOMEM;
+}
 
 } // namespace
 
@@ -56,19 +61,15 @@ void TreeWatcher::enter(FolderNode* folder, std::deque<CrawlStep>& queueForChild
     if (found == Standing::elsewhere) return retryLater(folder);
     folder->identity = status.identity;
     folder->isRemote = status.coverage == EventCoverage::ownChangesOnly;
-    if (found == Standing::mounted)
-        folder->parent->snapshot.set(folder->name, {status.identity.inode, ItemType::directory});
     const int refusal = watch(folder, path, *opened.folder);
-    if (refusal != 0 && !folder->isOfInterest && folder->parent) {
-        if (isOutOfWatches) enqueue(background, folder, false);
-        return;
-    }
+    if (refusal != 0 && !folder->isOfInterest && folder->parent) return;
     // The watch may have gone to another folder that came here in this moment.
     if (isAbsence(refusal) || (!isDistant(path) && system.directoryAt(path) != folder->identity)) {
         disown(folder);
         if (folder->parent) retryLater(folder);
         return;
     }
+    if (folder->parent) correct(folder, found);
     folder->failures = 0;
     folder->settledStamp = status.isSettled && !folder->isRemote ? status.stamp : 0;
     folder->isListed = true;
@@ -78,20 +79,6 @@ void TreeWatcher::enter(FolderNode* folder, std::deque<CrawlStep>& queueForChild
     // Somebody may have looked before it was watched.
     folder->isOfInterest = true;
     pending.notice(path, system.now());
-}
-
-// Either it is what was listed there, or what is there now. Of a mounted folder a listing tells the number of the
-// folder that lies below it.
-TreeWatcher::Standing TreeWatcher::standing(const FolderNode* folder, FileIdentity identity) {
-    const FolderNode* parent = folder->parent;
-    const ItemIdentity listed = parent->snapshot.find(folder->name);
-    if (!listed || FileIdentity{parent->identity.device, listed.inode} == identity) return Standing::listed;
-    const OpenedFolder opened = open(parent, currentPath(parent));
-    if (!opened.folder || opened.folder->status().identity != parent->identity) return Standing::elsewhere;
-    const OpenedFolder entry = opened.folder->openFolder(folder->name);
-    if (!entry.folder || entry.folder->status().identity != identity) return Standing::elsewhere;
-    const bool isSameMount = entry.folder->status().mountNumber == opened.folder->status().mountNumber;
-    return isSameMount && identity.device == parent->identity.device ? Standing::listed : Standing::mounted;
 }
 
 // The kernel takes no path that is too long, and to go there from the top, step by step, takes the longer the farther
@@ -121,13 +108,20 @@ AddedWatch TreeWatcher::addWatch(const FolderNode* folder, const std::string& pa
 int TreeWatcher::watch(FolderNode* folder, const std::string& path, const OpenFolder& contents) {
     if (!system.canWatch()) return EOPNOTSUPP;
     AddedWatch added = addWatch(folder, path, contents);
-    if (added.watch < 0 && (added.error == ENOSPC || added.error == ENOMEM)) {
+    if (added.watch < 0 && isWantOfWatches(added.error)) {
         isOutOfWatches = true;
         if ((folder->isOfInterest || !folder->parent) && takeBackWatch()) added = addWatch(folder, path, contents);
     }
-    if (added.watch < 0) return added.error;
+    if (added.watch < 0) {
+        if (isWantOfWatches(added.error)) watchOnceThereIsOne(folder);
+        return added.error;
+    }
     own(folder, added.watch);
     return 0;
+}
+
+void TreeWatcher::watchOnceThereIsOne(FolderNode* folder) {
+    if (folder->timesQueued == 0) enqueue(background, folder, true);
 }
 
 // The kernel has one watch for each folder, however many paths lead to it, and however many folders of the tree are
@@ -173,7 +167,6 @@ void TreeWatcher::handleRefusal(FolderNode* folder, int error) {
 
 // It is not where it should be. Either an event on its way tells why, or what is known of its parent is wrong.
 void TreeWatcher::retryLater(FolderNode* folder) {
-    constexpr std::uint8_t patience = 3;
     compareAtNextClosing(folder);
     if (folder->failures < patience) {
         ++folder->failures;
@@ -213,9 +206,12 @@ void TreeWatcher::compare(FolderNode* folder) {
         return;
     }
     if (!isHere) {
-        // No event tells of what is mounted over it.
-        const bool isCovered = opened.folder && standing(folder, opened.folder->status().identity) == Standing::mounted;
-        return isCovered ? replace(folder) : handleRefusal(folder, opened.error);
+        if (!opened.folder) return handleRefusal(folder, opened.error);
+        const Standing found = standing(folder, opened.folder->status().identity);
+        // No event tells of what is mounted over it, and a listing may not tell what was unmounted from what is there.
+        const bool isAnother =
+            found == Standing::mounted || (found == Standing::listed && folder->failures == patience);
+        return isAnother ? replace(folder) : retryLater(folder);
     }
     if (!keepWatch(folder, path, *opened.folder)) return;
     folder->failures = 0;
@@ -238,9 +234,16 @@ void TreeWatcher::compare(FolderNode* folder) {
 bool TreeWatcher::keepWatch(FolderNode* folder, const std::string& path, const OpenFolder& contents) {
     const bool wasWatched = folder->watch >= 0 || folder->hasGone;
     const int former = folder->watch;
-    if (watch(folder, path, contents) != 0 || !wasWatched || folder->watch == former) return true;
-    replace(folder);
-    return false;
+    const int refusal = watch(folder, path, contents);
+    if (isWantOfWatches(refusal)) disown(folder); // what needs a new watch has none
+    const bool isSame = folder->watch >= 0 ? folder->watch == former : !isWantOfWatches(refusal);
+    if (wasWatched && !isSame) {
+        replace(folder);
+        return false;
+    }
+    // What came and went while nobody told of it may have been seen.
+    if (refusal == 0 && !wasWatched && paths.folders.contains(path)) pending.notice(path, system.now());
+    return true;
 }
 
 void TreeWatcher::compareEntries(FolderNode* folder, const OpenFolder& contents) {
@@ -321,7 +324,7 @@ void TreeWatcher::discard(FolderNode* folder) {
     if (folder->parent) folder->parent->settledStamp = 0; // a comparison has to look whether that was right
     tree.kill(folder, [&](FolderNode* each) {
         disown(each);
-        stampsByFolder.erase(each);
+        polledFolders.erase(each);
         for (Root& root : roots) {
             if (root.node != each) continue;
             root.node = nullptr;

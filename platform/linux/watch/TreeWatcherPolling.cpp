@@ -26,16 +26,18 @@ void TreeWatcher::poll(FolderNode* folder) {
     if (folder->isDead) return;
     const OpenedFolder opened = system.openFolder(currentPath(folder), linksAt(folder), OpenFor::listing);
     if (!opened.folder || opened.folder->status().identity != folder->identity) return;
-    const bool isFirst = !stampsByFolder.contains(folder);
-    const FileStamps former = std::exchange(stampsByFolder[folder], {});
-    FileStamps& stamps = stampsByFolder[folder];
+    const FolderStatus status = opened.folder->status();
+    const auto [place, isFirst] = polledFolders.try_emplace(folder);
+    const PolledFolder former = std::exchange(place->second, {.stamp = status.stamp, .isSettled = status.isSettled});
+    // What came and went since may have been seen by whoever looked in between.
+    if (isFirst || !former.isSettled || former.stamp != status.stamp) pending.notice(currentPath(folder), system.now());
     opened.folder->forEachEntry([&](std::string_view entryName, ItemIdentity item) {
         std::string name(entryName);
         const auto stamp = item.isDirectory() ? std::nullopt : opened.folder->fileStamp(name);
         if (!stamp) return;
-        const auto before = former.find(name);
-        const bool isChanged = before != former.end() && before->second != *stamp;
-        if (!isFirst && isChanged) pending.closedAfterWriting({folder, name}, system.now());
-        stamps.emplace(std::move(name), *stamp);
+        const auto before = former.files.find(name);
+        const bool isChanged = before != former.files.end() && before->second != *stamp;
+        if (isChanged) pending.closedAfterWriting({folder, name}, system.now());
+        place->second.files.emplace(std::move(name), *stamp);
     });
 }

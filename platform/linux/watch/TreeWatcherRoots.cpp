@@ -7,16 +7,6 @@
 
 namespace {
 
-bool isBelow(std::string_view path, std::string_view directoryPath) {
-    if (path.size() <= directoryPath.size() || !path.starts_with(directoryPath)) return false;
-    return directoryPath.ends_with('/') || path[directoryPath.size()] == '/';
-}
-
-std::string_view parentOf(std::string_view path) {
-    const std::size_t slash = path.rfind('/');
-    return slash == 0 || slash == std::string_view::npos ? "/" : path.substr(0, slash);
-}
-
 // The names that lead from the directory down to the path, which must be at or below it.
 std::vector<std::string_view> namesBetween(const std::string& directoryPath, std::string_view path) {
     std::vector<std::string_view> names;
@@ -40,7 +30,10 @@ void TreeWatcher::setRoots(const std::vector<std::string>& rootPaths) {
     // First what is new, so that it can take over what is watched already.
     for (const std::string& path : wanted) {
         const auto place = std::ranges::lower_bound(roots, path, {}, &Root::path);
-        if (place != roots.end() && place->path == path) continue;
+        if (place != roots.end() && place->path == path) {
+            noticeAbsence(*place);
+            continue;
+        }
         Root& root = *roots.insert(place, Root{.path = path});
         attach(root);
         if (root.node) continue;
@@ -56,11 +49,19 @@ void TreeWatcher::setRoots(const std::vector<std::string>& rootPaths) {
     watchAncestors();
 }
 
+// It may be back before it is missed, and whoever wants it watched has not seen what it knows.
+void TreeWatcher::noticeAbsence(const Root& root) {
+    if (!root.node || system.directoryAt(root.path) == root.node->identity) return;
+    const WatchTime now = system.now();
+    pending.rootChanged(root.path, now);
+    pending.noticeFoldersOfInterest(root.path, paths, now);
+}
+
 void TreeWatcher::setInterest(const EventStreamInterest& newInterest) {
     interest = newInterest;
     paths.documents = {interest.documentPaths.begin(), interest.documentPaths.end()};
     const auto former = std::exchange(paths.folders, {interest.directoryPaths.begin(), interest.directoryPaths.end()});
-    for (const std::string& path : paths.documents) paths.folders.emplace(parentOf(path));
+    for (const std::string& path : paths.documents) paths.folders.emplace(parentPath(path));
     limitDocumentRoots();
     for (const std::string& path : paths.folders) {
         if (former.contains(path)) continue;
@@ -72,7 +73,7 @@ void TreeWatcher::setInterest(const EventStreamInterest& newInterest) {
         FolderNode* folder = paths.folders.contains(path) ? nullptr : find(path);
         if (!folder) continue;
         folder->isOfInterest = std::ranges::any_of(roots, [&](const Root& root) { return root.node == folder; });
-        stampsByFolder.erase(folder);
+        polledFolders.erase(folder);
     }
 }
 
@@ -92,38 +93,13 @@ void TreeWatcher::addInterest(const std::string& folderPath) {
     if (!folder) return;
     if (!wasListed) pending.notice(folderPath, system.now());
     if (folder->watch < 0 && system.canWatch() && folder->isListed) enqueue(urgent, folder, true);
-    if (needsPolling(folder) && !stampsByFolder.contains(folder)) poll(folder);
-}
-
-void TreeWatcher::handleMountChange() {
-    openAncestors.clear();
-    const WatchTime now = system.now();
-    std::vector<MountPoint> current = system.mountPoints();
-    std::vector<MountPoint> changed;
-    std::ranges::set_symmetric_difference(mounts, current, std::back_inserter(changed));
-    mounts = std::move(current);
-    // One that has come and gone may have been looked into, and nobody can say which.
-    if (changed.empty()) {
-        for (const std::string& path : paths.folders) pending.notice(path, now);
-    }
-    for (const MountPoint& mount : changed) {
-        // By the time that anybody looks, this change may have been taken back.
-        pending.noticeFoldersOfInterest(mount.path, paths, now);
-        if (std::ranges::any_of(
-                roots, [&](const Root& root) { return root.path == mount.path || isBelow(root.path, mount.path); })) {
-            mustWatchAncestors = true;
-            pending.touchWindow(now);
-        }
-        FolderNode* folder = find(mount.path);
-        if (!folder) folder = find(parentOf(mount.path));
-        if (folder) enqueue(urgent, folder, true);
-    }
+    if (needsPolling(folder) && !polledFolders.contains(folder)) poll(folder);
 }
 
 // There may be a root for each of many documents, and a look-up for each of them, so it goes up the path instead of
 // through all roots.
 FolderNode* TreeWatcher::topAbove(std::string_view path) const {
-    for (std::string_view directoryPath = path;; directoryPath = parentOf(directoryPath)) {
+    for (std::string_view directoryPath = path;; directoryPath = parentPath(directoryPath)) {
         const auto root = std::ranges::lower_bound(roots, directoryPath, {}, &Root::path);
         const bool isRoot = root != roots.end() && root->path == directoryPath;
         if (isRoot && root->node && !root->node->parent) return root->node;
@@ -132,9 +108,13 @@ FolderNode* TreeWatcher::topAbove(std::string_view path) const {
 }
 
 FolderNode* TreeWatcher::find(std::string_view path) const {
-    FolderNode* folder = topAbove(path);
-    if (!folder) return nullptr;
-    for (const std::string_view name : namesBetween(folder->name, path)) {
+    FolderNode* top = topAbove(path);
+    return top ? descend(top, path) : nullptr;
+}
+
+FolderNode* TreeWatcher::descend(FolderNode* top, std::string_view path) const {
+    FolderNode* folder = top;
+    for (const std::string_view name : namesBetween(top->name, path)) {
         folder = tree.child(folder, name);
         if (!folder) return nullptr;
     }
@@ -180,13 +160,14 @@ void TreeWatcher::attach(Root& root) {
 void TreeWatcher::adoptTopsWithin(FolderNode* top) {
     for (const Root& root : roots) {
         if (!root.node || root.node->parent || !isBelow(root.path, top->name)) continue;
-        FolderNode* parent = findListed(parentOf(root.path));
+        FolderNode* parent = findListed(parentPath(root.path));
         const std::string name = root.path.substr(root.path.rfind('/') + 1);
         FolderNode* unknown = parent ? tree.child(parent, name) : nullptr;
         // Where a link leads there, the tree stays by itself.
         if (!unknown || unknown->isListed || !root.node->isListed || isLost(root)) continue;
         discard(unknown);
         tree.adopt(root.node, parent, name);
+        correct(root.node, standing(root.node, root.node->identity));
     }
 }
 
@@ -244,7 +225,7 @@ void TreeWatcher::loseRoot(Root& root, WatchTime now) {
     attach(root);
     mustWatchAncestors = true;
     for (const std::string& path : paths.folders) {
-        if (path == root.path || isBelow(path, root.path)) addInterest(path);
+        if (isAtOrBelow(path, root.path)) addInterest(path);
     }
 }
 
@@ -252,7 +233,7 @@ void TreeWatcher::watchAncestors() {
     std::unordered_map<std::string, int> former = std::exchange(watchByAncestor, {});
     for (const Root& root : roots) {
         for (std::string path = root.path; path != "/";) {
-            path = std::string(parentOf(path));
+            path = std::string(parentPath(path));
             if (watchByAncestor.contains(path)) break;
             const AddedWatch added = system.watchAncestor(path);
             if (added.watch >= 0) watchByAncestor.emplace(path, added.watch);

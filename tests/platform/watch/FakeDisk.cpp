@@ -2,6 +2,7 @@
 
 #include <sys/inotify.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -25,50 +26,52 @@ bool isAtOrBelow(const std::string& path, const std::string& directory) {
 class FakeFolder final : public OpenFolder {
 public:
     FakeFolder(FakeDisk& fakeDisk, const FakeDisk::Item& item)
-        : disk(fakeDisk), identity{item.device, item.inode}, serial(item.serial) {}
+        : disk(fakeDisk),
+          knownStatus{.identity = {item.device, item.inode},
+                      .stamp = item.changed.time_since_epoch().count(),
+                      .isSettled = disk.time - item.changed > std::chrono::seconds(2),
+                      .coverage = disk.coverage},
+          serial(item.serial) {}
 
-    FolderStatus status() const override { return {.identity = identity, .coverage = disk.coverage}; }
+    FolderStatus status() const override { return knownStatus; }
     ItemIdentity item(const std::string& name) const override {
         disk.act();
-        const std::string path = currentPath();
-        return path.empty() ? ItemIdentity{} : disk.peek(path + "/" + name);
+        const auto [among, path] = disk.placeOf(serial);
+        return among ? FakeDisk::identityIn(*among, path + "/" + name) : ItemIdentity{};
     }
     std::optional<FileStamp> fileStamp(const std::string& name) const override {
         const ItemIdentity found = item(name);
         if (!found || found.isDirectory()) return std::nullopt;
         return FileStamp{found.inode, 0, static_cast<std::int64_t>(disk.files.at(found.inode).version)};
     }
+    // Of a mount it tells the number that lies below.
     bool forEachEntry(const std::function<void(std::string_view, ItemIdentity)>& visit) const override {
         disk.act();
         ++disk.listings;
-        const std::string path = currentPath();
-        if (path.empty()) return true;
-        for (const auto& [each, item] : std::map(disk.items)) {
-            if (each != path && parentOf(each) == path) visit(nameOf(each), {item.inode, item.type});
+        const auto [among, path] = disk.placeOf(serial);
+        if (!among) return true;
+        for (const auto& [each, item] : FakeDisk::Items(*among)) {
+            if (each == path || parentOf(each) != path) continue;
+            const auto mount = disk.mounts.find(each);
+            const bool isCovered = among == &disk.items && mount != disk.mounts.end();
+            visit(nameOf(each), FakeDisk::identityIn(isCovered ? mount->second.covered : *among, each));
         }
         return true;
     }
     OpenedFolder openFolder(const std::string& name) const override {
         disk.act();
-        const std::string path = currentPath();
-        return path.empty() ? OpenedFolder{.error = ENOENT} : disk.opened(path + "/" + name);
+        const auto [among, path] = disk.placeOf(serial);
+        return among ? disk.opened(*among, path + "/" + name) : OpenedFolder{.error = ENOENT};
     }
     AddedWatch watch() const override {
         disk.act();
-        return disk.watched(currentPath());
+        const auto [among, path] = disk.placeOf(serial);
+        return among ? disk.watched(*among, path) : AddedWatch{.error = ENOENT};
     }
 
 private:
-    // Empty when the folder is gone.
-    std::string currentPath() const {
-        for (const auto& [path, item] : disk.items) {
-            if (item.serial == serial) return path;
-        }
-        return {};
-    }
-
     FakeDisk& disk;
-    FileIdentity identity;
+    FolderStatus knownStatus;
     std::uint64_t serial;
 };
 
@@ -154,18 +157,44 @@ void FakeDisk::arrive(const std::string& path) {
 void FakeDisk::leave(const std::string& path) {
     const std::uint32_t kind = items.at(path).type == ItemType::directory ? IN_ISDIR : 0;
     tell(path, IN_MOVED_FROM | kind, ++lastCookie);
-    std::vector<std::string> gone;
-    for (const auto& [each, item] : items) {
-        if (isAtOrBelow(each, path)) gone.push_back(each);
-    }
-    for (const std::string& each : gone) erase(each);
+    for (const auto& [each, item] : takeFrom(items, path)) forget(item);
 }
 
+// Numbers of file systems that are gone are given to new ones, numbers of mounts are not.
 void FakeDisk::mount(const std::string& path) {
-    items[path].inode = 2;
-    items[path].device = ++lastDevice;
-    items[path].serial = ++lastSerial;
-    mounts.push_back({path, static_cast<int>(lastDevice)});
+    mounts[path] = {.number = ++lastMount, .covered = takeFrom(items, path)};
+    put(path, ItemType::directory);
+    const auto isTaken = [this](dev_t device) {
+        return std::ranges::any_of(items, [&](const auto& each) { return each.second.device == device; });
+    };
+    dev_t device = 2;
+    while (isTaken(device)) ++device;
+    items[path].device = device;
+}
+
+void FakeDisk::unmount(const std::string& path) {
+    for (const auto& [each, item] : takeFrom(items, path)) {
+        if (const auto watch = watchByInode.extract(item.inode)) {
+            record(watch.mapped(), IN_UNMOUNT, 0, "");
+            record(watch.mapped(), IN_IGNORED, 0, "");
+        }
+        forget(item);
+    }
+    items.merge(mounts.extract(path).mapped().covered);
+}
+
+std::vector<std::string> FakeDisk::mountsWithin(const std::string& path) const {
+    std::vector<std::string> paths;
+    for (const auto& [each, mount] : mounts) {
+        if (isAtOrBelow(each, path)) paths.push_back(each);
+    }
+    return paths;
+}
+
+std::vector<MountPoint> FakeDisk::mountPoints() {
+    std::vector<MountPoint> points;
+    for (const auto& [path, mount] : mounts) points.push_back({path, mount.number});
+    return points;
 }
 
 std::string FakeDisk::takeBlock() {
@@ -196,12 +225,12 @@ std::string FakeDisk::stateOf(const std::string& path) const {
 OpenedFolder FakeDisk::openFolder(const std::string& path, FollowLinks, OpenFor) {
     act();
     ++openingsByPath;
-    return opened(path);
+    return opened(items, path);
 }
 
-OpenedFolder FakeDisk::opened(const std::string& path) {
-    const auto item = items.find(path);
-    if (item == items.end()) return {.error = ENOENT};
+OpenedFolder FakeDisk::opened(const Items& among, const std::string& path) {
+    const auto item = among.find(path);
+    if (item == among.end()) return {.error = ENOENT};
     if (item->second.type != ItemType::directory) return {.error = ENOTDIR};
     if (brokenPaths.contains(path)) return {.error = EIO};
     return {.folder = std::make_unique<FakeFolder>(*this, item->second)};
@@ -220,20 +249,24 @@ ItemIdentity FakeDisk::itemAt(const std::string& path) {
 }
 
 ItemIdentity FakeDisk::peek(const std::string& path) const {
-    const auto item = items.find(path);
-    if (item == items.end()) return {};
+    return identityIn(items, path);
+}
+
+ItemIdentity FakeDisk::identityIn(const Items& among, const std::string& path) {
+    const auto item = among.find(path);
+    if (item == among.end()) return {};
     return {item->second.inode, item->second.type};
 }
 
 AddedWatch FakeDisk::watchFolder(const std::string& path, FollowLinks) {
     act();
     if (const auto once = std::exchange(beforeNextWatch, nullptr)) once();
-    return watched(path);
+    return watched(items, path);
 }
 
-AddedWatch FakeDisk::watched(const std::string& path) {
-    const auto item = items.find(path);
-    if (item == items.end()) return {.error = ENOENT};
+AddedWatch FakeDisk::watched(const Items& among, const std::string& path) {
+    const auto item = among.find(path);
+    if (item == among.end()) return {.error = ENOENT};
     if (const auto known = watchByInode.find(item->second.inode); known != watchByInode.end())
         return {.watch = known->second};
     if (watchByInode.size() >= watchLimit) return {.error = ENOSPC};
@@ -267,31 +300,63 @@ std::uint64_t FakeDisk::newInode() {
 
 void FakeDisk::put(const std::string& path, ItemType type) {
     const std::uint64_t inode = newInode();
-    items[path] = {.inode = inode, .type = type, .serial = ++lastSerial};
+    const auto folder = items.find(parentOf(path));
+    const dev_t device = folder == items.end() ? 1 : folder->second.device;
+    items[path] = {.inode = inode, .type = type, .device = device, .serial = ++lastSerial, .changed = clock()};
     files[inode] = {};
 }
 
+WatchTime FakeDisk::clock() const {
+    return std::chrono::floor<std::chrono::duration<int, std::ratio<1, 250>>>(time);
+}
+
 void FakeDisk::erase(const std::string& path) {
-    const auto item = items.find(path);
-    if (item == items.end()) return;
-    const std::uint64_t inode = item->second.inode;
-    if (--files.at(inode).links == 0) freeInodes.push_back(inode);
-    items.erase(item);
+    const auto item = items.extract(path);
+    if (item) forget(item.mapped());
+}
+
+void FakeDisk::forget(const Item& item) {
+    if (--files.at(item.inode).links == 0) freeInodes.push_back(item.inode);
 }
 
 void FakeDisk::relocate(const std::string& path, const std::string& newPath) {
-    std::map<std::string, Item> moved;
-    for (const auto& [each, item] : items) {
-        if (isAtOrBelow(each, path)) moved[each] = item;
-    }
-    for (const auto& [each, item] : moved) {
-        items.erase(each);
-        items[newPath + each.substr(path.size())] = item;
+    relocate(items, path, newPath);
+    for (const std::string& each : mountsWithin(path)) {
+        auto mount = mounts.extract(each);
+        mount.key() = newPath + each.substr(path.size());
+        relocate(mount.mapped().covered, each, mount.key());
+        mounts.insert(std::move(mount));
     }
 }
 
+void FakeDisk::relocate(Items& among, const std::string& path, const std::string& newPath) {
+    for (const auto& [each, item] : takeFrom(among, path)) among[newPath + each.substr(path.size())] = item;
+}
+
+FakeDisk::Items FakeDisk::takeFrom(Items& among, const std::string& path) {
+    Items taken;
+    for (const auto& [each, item] : among) {
+        if (isAtOrBelow(each, path)) taken.insert({each, item});
+    }
+    for (const auto& [each, item] : taken) among.erase(each);
+    return taken;
+}
+
+// Nowhere when it is gone.
+FakeDisk::Place FakeDisk::placeOf(std::uint64_t serial) const {
+    const auto find = [&](const Items& among) {
+        const auto found = std::ranges::find(among, serial, [](const auto& each) { return each.second.serial; });
+        return found == among.end() ? Place{} : Place{&among, found->first};
+    };
+    Place place = find(items);
+    for (auto each = mounts.begin(); !place.items && each != mounts.end(); ++each) place = find(each->second.covered);
+    return place;
+}
+
 void FakeDisk::tell(const std::string& path, std::uint32_t mask, std::uint32_t cookie) {
-    const auto watch = watchByInode.find(items.at(parentOf(path)).inode);
+    Item& folder = items.at(parentOf(path));
+    if (mask & (IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO)) folder.changed = clock();
+    const auto watch = watchByInode.find(folder.inode);
     if (watch != watchByInode.end()) record(watch->second, mask, cookie, nameOf(path));
 }
 

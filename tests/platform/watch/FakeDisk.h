@@ -27,7 +27,8 @@ public:
     void remove(const std::string& path); // with all below it
     void arrive(const std::string& path); // a complete file from where nobody watches
     void leave(const std::string& path);
-    void mount(const std::string& path); // another file system over a directory
+    void mount(const std::string& path); // another, empty file system over a directory
+    void unmount(const std::string& path);
 
     std::string takeBlock();
     // What was not taken is lost, as in a full queue of the kernel.
@@ -38,6 +39,9 @@ public:
     // A file that somebody has begun to write and not closed.
     bool isHalfWritten(const std::string& path) const;
     std::set<std::string> paths() const;
+    dev_t deviceOf(const std::string& path) const { return items.at(path).device; }
+    bool isMountPoint(const std::string& path) const { return mounts.contains(path); }
+    std::vector<std::string> mountsWithin(const std::string& path) const;
     // Tells contents of a file from others; empty where there is none.
     std::string stateOf(const std::string& path) const;
 
@@ -60,7 +64,7 @@ public:
     AddedWatch watchAncestor(const std::string& path) override;
     std::size_t longestPath() const override { return pathLimit; }
     void unwatch(int watch) override;
-    std::vector<MountPoint> mountPoints() override { return mounts; }
+    std::vector<MountPoint> mountPoints() override;
 
     std::size_t watchCount() const { return watchByInode.size(); }
     bool isWatched(const std::string& path) const;
@@ -79,6 +83,17 @@ private:
         ItemType type{};
         dev_t device = 1;
         std::uint64_t serial{}; // never used again
+        WatchTime changed{};    // the entries of a directory, by a clock that ticks seldom
+    };
+    using Items = std::map<std::string, Item>;
+    struct Mount {
+        int number{};
+        Items covered{};
+    };
+    // An item, and those among which it is: all that paths lead to, or what lies below a mount.
+    struct Place {
+        const Items* items{};
+        std::string path{};
     };
     struct File {
         int links = 1;
@@ -87,25 +102,31 @@ private:
     };
 
     void act();
-    OpenedFolder opened(const std::string& path);
-    AddedWatch watched(const std::string& path);
+    OpenedFolder opened(const Items& among, const std::string& path);
+    AddedWatch watched(const Items& among, const std::string& path);
+    Place placeOf(std::uint64_t serial) const;
+    static ItemIdentity identityIn(const Items& among, const std::string& path);
+    static Items takeFrom(Items& among, const std::string& path);
+    static void relocate(Items& among, const std::string& path, const std::string& newPath);
     void endWatch(const std::string& path);
     std::uint64_t newInode();
     void put(const std::string& path, ItemType type);
+    WatchTime clock() const;
     void erase(const std::string& path);
+    void forget(const Item& item);
     void relocate(const std::string& path, const std::string& newPath);
     void tell(const std::string& path, std::uint32_t mask, std::uint32_t cookie = 0);
     void tellItself(const std::string& path, std::uint32_t mask);
     void record(int watch, std::uint32_t mask, std::uint32_t cookie, const std::string& name);
 
-    std::map<std::string, Item> items{};
+    Items items{};
     std::map<std::uint64_t, File> files{};
     std::map<std::uint64_t, int> watchByInode{};
-    std::vector<MountPoint> mounts{};
+    std::map<std::string, Mount> mounts{};
     std::vector<std::uint64_t> freeInodes{};
     std::uint64_t lastInode = 100;
     std::uint64_t lastSerial = 1;
-    dev_t lastDevice = 1;
+    int lastMount = 0;
     int lastWatch = 0;
     std::uint32_t lastCookie = 0;
     std::string block{};

@@ -11,8 +11,8 @@
 
 namespace {
 
-void play(std::uint64_t seed, bool losesEvents) {
-    WatchGame game([random = std::mt19937_64(seed)]() mutable { return random(); }, losesEvents);
+void play(std::uint64_t seed, WatchGame::Troubles troubles) {
+    WatchGame game([random = std::mt19937_64(seed)]() mutable { return random(); }, troubles);
     for (int round = 0; round < 6; ++round) {
         game.playRound();
         ASSERT_EQ(game.complaint(), "") << "seed " << seed << ", round " << round;
@@ -20,23 +20,35 @@ void play(std::uint64_t seed, bool losesEvents) {
     EXPECT_EQ(game.watchesLeftBehind(), 0U) << "seed " << seed;
 }
 
-void playAll(bool losesEvents) {
+void playAll(WatchGame::Troubles troubles) {
     const char* given = std::getenv("WATCH_SIMULATION_SEED");
-    if (given) return play(std::strtoull(given, nullptr, 10), losesEvents);
+    if (given) return play(std::strtoull(given, nullptr, 10), troubles);
     const char* count = std::getenv("WATCH_SIMULATION_GAMES");
     const std::uint64_t start = std::random_device{}();
     for (std::uint64_t i = 0, end = count ? std::strtoull(count, nullptr, 10) : 300; i < end; ++i) {
-        play(start + i, losesEvents);
+        play(start + i, troubles);
         if (testing::Test::HasFatalFailure()) return;
     }
 }
 
 TEST(SimulatedConvergence, WhateverHappensInBetween) {
-    playAll(false);
+    playAll({});
 }
 
 TEST(SimulatedConvergence, WhenEventsAreLost) {
-    playAll(true);
+    playAll({.lostEvents = true});
+}
+
+TEST(SimulatedConvergence, WhenFileSystemsAreMountedInBetween) {
+    playAll({.mounts = true});
+}
+
+TEST(SimulatedConvergence, WhenWatchesAreFew) {
+    playAll({.fewWatches = true});
+}
+
+TEST(SimulatedConvergence, WhateverGoesWrong) {
+    playAll({.lostEvents = true, .mounts = true, .fewWatches = true});
 }
 
 } // namespace

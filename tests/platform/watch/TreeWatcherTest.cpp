@@ -19,6 +19,7 @@ protected:
         for (const char* path : {"/w", "/w/d", "/w/d/e"}) disk.makeDirectory(path);
         for (const char* path : {"/w/a.txt", "/w/d/n.txt"}) write(path);
         disk.takeBlock();
+        disk.time += seconds(5); // so that nobody takes them for just made
     }
 
     void write(const std::string& path) {
@@ -144,6 +145,14 @@ TEST_F(TreeWatcherTest, TellsOfTheRootAgainWhenItGoesInTheMomentInWhichItIsTold)
     EXPECT_TRUE(disk.isWatched("/w"));
 }
 
+TEST_F(TreeWatcherTest, TellsOfARootThatWasAwayWhenTheRootsWereGivenAgain) {
+    start();
+    disk.move("/w", "/away");
+    watcher.setRoots({"/w"});
+    disk.move("/away", "/w");
+    EXPECT_EQ(toldAfter(), Tellings{"rootChanged /w"});
+}
+
 TEST_F(TreeWatcherTest, KeepsARootWhoseOuterRootIsGivenUp) {
     watcher.setInterest({.directoryPaths = {"/w/d/e"}});
     start();
@@ -256,9 +265,25 @@ TEST_F(TreeWatcherTest, PollsWhatIsOfInterestWithoutInotify) {
     write("/w/d/n.txt");
     write("/w/d/new");
     write("/w/a.txt"); // nobody looks there
-    EXPECT_EQ(toldWithin(seconds(3)), (Tellings{"created /w/d/new", "modified /w/d/n.txt"}));
+    // The looks go on until a further change would have another date.
+    EXPECT_EQ(toldWithin(seconds(9)),
+              (Tellings{"created /w/d/new", "modified /w/d/n.txt", "look /w/d", "look /w/d", "look /w/d"}));
     disk.remove("/w/d/new");
-    EXPECT_EQ(toldWithin(seconds(3)), Tellings{"removed /w/d/new"});
+    EXPECT_EQ(toldWithin(seconds(9)), (Tellings{"removed /w/d/new", "look /w/d", "look /w/d", "look /w/d"}));
+}
+
+TEST_F(TreeWatcherTest, SendsWhoeverListedBetweenTwoPollsToLookAgain) {
+    disk.watchLimit = 0;
+    watcher.setInterest({.directoryPaths = {"/w/d"}});
+    start();
+    toldWithin(seconds(5));
+    write("/w/d/new");
+    disk.remove("/w/d/new");
+    EXPECT_EQ(toldWithin(seconds(9)), (Tellings{"look /w/d", "look /w/d"}));
+    write("/w/d/new");
+    disk.remove("/w/d/new");
+    disk.watchLimit = 9;
+    EXPECT_EQ(toldWithin(seconds(9)), Tellings{"look /w/d"});
 }
 
 TEST_F(TreeWatcherTest, PollsFileSystemsThatOthersChange) {
@@ -312,6 +337,29 @@ TEST_F(TreeWatcherTest, NoticesAMount) {
     EXPECT_EQ(toldAfter(), Tellings{"created /w/d/e/f"});
 }
 
+TEST_F(TreeWatcherTest, TellsOfAFolderWithoutAWatchThatItIsCoveredNoMore) {
+    write("/w/d/e/f");
+    start();
+    disk.watchLimit = 0;
+    disk.mount("/w/d/e");
+    watcher.handleMountChange();
+    EXPECT_EQ(toldAfter(), (Tellings{"removed dir /w/d/e", "created dir /w/d/e"}));
+    disk.watchLimit = 9;
+    disk.unmount("/w/d/e");
+    watcher.handleMountChange();
+    EXPECT_EQ(toldAfter(), (Tellings{"removed dir /w/d/e", "created dir /w/d/e", "created /w/d/e/f"}));
+    write("/w/d/e/g");
+    EXPECT_EQ(toldAfter(), Tellings{"created /w/d/e/g"});
+}
+
+TEST_F(TreeWatcherTest, WatchesARootOnceThereIsAWatchForIt) {
+    disk.watchLimit = 0;
+    start();
+    disk.watchLimit = 9;
+    toldWithin(seconds(6));
+    for (const char* path : {"/w", "/w/d", "/w/d/e"}) EXPECT_TRUE(disk.isWatched(path)) << path;
+}
+
 TEST_F(TreeWatcherTest, ComparesAfterALossWhatLeavesAFolderThatIsOutOfReach) {
     disk.makeDirectory("/out");
     start();
@@ -332,7 +380,7 @@ TEST_F(TreeWatcherTest, LooksAgainAfterAMountThatCameAndWentUnseen) {
     watcher.setInterest({.directoryPaths = {"/w", "/w/d"}});
     start();
     watcher.handleMountChange();
-    EXPECT_EQ(toldAfter(), (Tellings{"look /w", "look /w/d"}));
+    EXPECT_EQ(toldWithin(seconds(6)), (Tellings{"look /w", "look /w/d"}));
 }
 
 TEST_F(TreeWatcherTest, FollowsANewFileThatIsOpenedAndMovedOverAnother) {

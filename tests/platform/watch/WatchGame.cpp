@@ -26,6 +26,8 @@ std::string joined(const std::set<std::string>& paths) {
     return text;
 }
 
+constexpr std::size_t plentyOfWatches = 1'000'000;
+
 } // namespace
 
 void Keeper::begin(const std::string& directory) {
@@ -153,8 +155,8 @@ std::string Reader::difference(const std::string& path) const {
     return seen == present ? "" : " " + path + " seen as " + seen + ", is " + present;
 }
 
-WatchGame::WatchGame(std::function<std::uint64_t()> choices, bool losesEvents)
-    : isLossy(losesEvents),
+WatchGame::WatchGame(std::function<std::uint64_t()> choices, Troubles permitted)
+    : troubles(permitted),
       choose(std::move(choices)),
       watcher(disk, {.quiet = milliseconds(1), .hold = milliseconds(6), .cap = milliseconds(14)}) {
     for (const char* path : {"/w", "/out", "/w/a", "/w/a/b", "/w/c", "/w/c/a"}) disk.makeDirectory(path);
@@ -183,8 +185,11 @@ void WatchGame::playRound() {
         else
             pass(milliseconds(choose() % 8));
         if (choose() % 16 == 0) changeRoots();
+        if (troubles.mounts && choose() % 6 == 0) changeMounts();
+        if (troubles.fewWatches && choose() % 6 == 0) changeWatchLimit();
     }
     isRough = false;
+    disk.watchLimit = plentyOfWatches;
     settle();
 }
 
@@ -233,6 +238,8 @@ void WatchGame::operate() {
     const std::string directory = any(anyTop(), true);
     const std::string place = directory + "/" + std::string(1, static_cast<char>('a' + choose() % 4));
     const bool isTop = item == "/w" || item == "/out";
+    const auto isFixed = [this](const std::string& path) { return disk.isMountPoint(path); };
+    const bool canMove = !isTop && !isFixed(item) && !isFixed(place) && disk.deviceOf(item) == disk.deviceOf(directory);
     const auto choice = choose() % 10;
     if (choice < 2) {
         if (disk.exists(place)) return;
@@ -245,23 +252,49 @@ void WatchGame::operate() {
         disk.writeFile(place);
         if (choose() % 4 != 0) disk.closeFile(place);
     } else if (choice < 5) {
-        if (isTop) return;
+        if (isTop || !disk.mountsWithin(item).empty()) return;
         note("rm " + item);
         disk.remove(item);
     } else if (choice < 9) {
-        if (isTop || isAtOrBelow(place, item)) return;
+        if (!canMove || isAtOrBelow(place, item)) return;
         if (disk.exists(place) && (disk.isDirectory(place) != disk.isDirectory(item) || hasEntries(place))) return;
         note("mv " + item + " " + place);
         disk.move(item, place);
     } else {
-        if (isTop || !disk.exists(place) || isAtOrBelow(place, item) || isAtOrBelow(item, place)) return;
+        if (!canMove || !disk.exists(place) || isAtOrBelow(place, item) || isAtOrBelow(item, place)) return;
         note("exchange " + item + " " + place);
         disk.exchange(item, place);
     }
 }
 
+void WatchGame::changeMounts() {
+    const std::vector<std::string> mounts = disk.mountsWithin("/");
+    const std::string path =
+        mounts.empty() || choose() % 2 == 0 ? any(anyTop(), true) : mounts[choose() % mounts.size()];
+    const std::vector<std::string> inTheWay = disk.mountsWithin(path);
+    if (inTheWay.empty()) {
+        note("mount " + path);
+        disk.mount(path);
+    } else if (inTheWay == std::vector{path}) {
+        note("unmount " + path);
+        disk.unmount(path);
+    } else {
+        return;
+    }
+    haveMountsChanged = true;
+}
+
+void WatchGame::changeWatchLimit() {
+    disk.watchLimit = choose() % 3 == 0 ? plentyOfWatches : choose() % 8;
+    note(std::to_string(disk.watchLimit) + " watches");
+}
+
 void WatchGame::deliver(std::size_t count) {
-    if (isLossy && choose() % 12 == 0) {
+    if (haveMountsChanged && (!isRough || choose() % 2 == 0)) {
+        haveMountsChanged = false;
+        watcher.handleMountChange();
+    }
+    if (troubles.lostEvents && choose() % 12 == 0) {
         note("loss");
         unread.clear();
         disk.loseBlock();

@@ -68,7 +68,13 @@ private:
 // counts.
 class WatchGame {
 public:
-    WatchGame(std::function<std::uint64_t()> choices, bool losesEvents);
+    struct Troubles {
+        bool lostEvents = false;
+        bool mounts = false;
+        bool fewWatches = false;
+    };
+
+    WatchGame(std::function<std::uint64_t()> choices, Troubles permitted);
 
     void playRound();
 
@@ -88,6 +94,8 @@ private:
     std::string anyTop() { return choose() % 6 == 0 ? "/out" : "/w"; }
     bool hasEntries(const std::string& path) const;
     void operate();
+    void changeMounts();
+    void changeWatchLimit();
     void deliver(std::size_t count);
     void pass(std::chrono::nanoseconds time);
     void changeRoots();
@@ -96,9 +104,10 @@ private:
     void read();
     void settle();
 
-    const bool isLossy;
+    const Troubles troubles;
     const std::function<std::uint64_t()> choose;
     bool isRough = false;
+    bool haveMountsChanged = false; // and the watcher does not know
     std::set<std::string> roots{};
     bool hasKeeper = true; // otherwise nobody is interested in more than the documents
     FakeDisk disk{};
