@@ -280,6 +280,12 @@ TEST_F(TreeWatcherTest, SendsWhoeverListedBetweenTwoPollsToLookAgain) {
     write("/w/d/new");
     disk.remove("/w/d/new");
     EXPECT_EQ(toldWithin(seconds(9)), (Tellings{"look /w/d", "look /w/d"}));
+    watcher.setInterest({});
+    write("/w/d/new");
+    disk.remove("/w/d/new");
+    watcher.setInterest({.directoryPaths = {"/w/d"}}); // by now
+    EXPECT_EQ(toldWithin(seconds(1)), Tellings{"look /w/d"});
+    toldWithin(seconds(9));
     write("/w/d/new");
     disk.remove("/w/d/new");
     disk.watchLimit = 9;
@@ -337,19 +343,31 @@ TEST_F(TreeWatcherTest, NoticesAMount) {
     EXPECT_EQ(toldAfter(), Tellings{"created /w/d/e/f"});
 }
 
-TEST_F(TreeWatcherTest, TellsOfAFolderWithoutAWatchThatItIsCoveredNoMore) {
-    write("/w/d/e/f");
+TEST_F(TreeWatcherTest, TellsWhatIsMountedOverAFolderThatWaitsForAWatch) {
+    disk.watchLimit = 2;
     start();
-    disk.watchLimit = 0;
+    const Tellings isAnother{"removed dir /w/d/e", "created dir /w/d/e"};
     disk.mount("/w/d/e");
     watcher.handleMountChange();
+    EXPECT_EQ(toldAfter(), isAnother);
+    disk.unmount("/w/d/e");
+    disk.watchLimit = 9;
+    EXPECT_EQ(toldWithin(seconds(6)), isAnother); // found before the table of mounts is read
+    watcher.handleMountChange();
+    write("/w/d/e/f");
+    EXPECT_EQ(toldAfter(), Tellings{"created /w/d/e/f"});
+}
+
+TEST_F(TreeWatcherTest, FindsThatAWatchHasEndedThoughThereIsNoOther) {
+    start();
+    disk.remove("/w/d/e");
+    disk.makeDirectory("/w/d/e");
+    disk.loseBlock();
+    disk.watchLimit = 0;
     EXPECT_EQ(toldAfter(), (Tellings{"removed dir /w/d/e", "created dir /w/d/e"}));
     disk.watchLimit = 9;
-    disk.unmount("/w/d/e");
-    watcher.handleMountChange();
-    EXPECT_EQ(toldAfter(), (Tellings{"removed dir /w/d/e", "created dir /w/d/e", "created /w/d/e/f"}));
-    write("/w/d/e/g");
-    EXPECT_EQ(toldAfter(), Tellings{"created /w/d/e/g"});
+    toldWithin(seconds(6));
+    EXPECT_TRUE(disk.isWatched("/w/d/e"));
 }
 
 TEST_F(TreeWatcherTest, WatchesARootOnceThereIsAWatchForIt) {
