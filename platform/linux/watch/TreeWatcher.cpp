@@ -45,9 +45,10 @@ EventStreamBatch TreeWatcher::advance() {
         isOutOfWatches = false; // some may have come free
         if (std::ranges::any_of(roots, [&](const Root& root) { return isLost(root); })) pending.touchWindow(now);
         if (!waitingForClosing.empty()) pending.touchWindow(now);
-        if (looksForMounts == 0) recentMounts.clear();
         if (std::exchange(mustLookAtAll, false)) {
             for (const std::string& path : paths.folders) pending.notice(path, now);
+        } else if (looksForMounts == 0) {
+            recentMounts.clear();
         }
     }
     if (!isClosingDue(now)) return {};

@@ -358,6 +358,20 @@ TEST_F(TreeWatcherTest, TellsWhatIsMountedOverAFolderThatWaitsForAWatch) {
     EXPECT_EQ(toldAfter(), Tellings{"created /w/d/e/f"});
 }
 
+TEST_F(TreeWatcherTest, FindsAMountBelowAFolderThatWasFoundBeforeItsMoveWasRead) {
+    disk.makeDirectory("/w/d/e/f");
+    start();
+    disk.makeDirectory("/w/x");
+    disk.mount("/w/x"); // for whose sake its parent is compared
+    disk.mount("/w/d/e/f");
+    disk.move("/w/d/e", "/w/e");
+    watcher.handleMountChange();
+    watcher.crawl(seconds(1));
+    toldWithin(seconds(1));
+    toldAfter();
+    EXPECT_TRUE(disk.isWatched("/w/e/f"));
+}
+
 TEST_F(TreeWatcherTest, FindsThatAWatchHasEndedThoughThereIsNoOther) {
     start();
     disk.remove("/w/d/e");
