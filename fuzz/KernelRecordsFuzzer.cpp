@@ -14,7 +14,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size == 0 || size > 2048) return 0;
     std::string_view input(reinterpret_cast<const char*>(data), size);
     const bool isDeceived = input[0] & 1;
-    const bool losesEvents = input[0] & 2;
+    const WatchGame::Troubles troubles{
+        .lostEvents = (input[0] & 2) != 0, .mounts = (input[0] & 4) != 0, .fewWatches = (input[0] & 8) != 0};
     input.remove_prefix(1);
     // The end of the input is what nobody wrote.
     std::string_view deception;
@@ -26,7 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto choose = [&]() -> std::uint64_t {
         return position < input.size() ? static_cast<unsigned char>(input[position++]) : 0;
     };
-    WatchGame game(choose, {.lostEvents = losesEvents});
+    WatchGame game(choose, troubles);
     do {
         game.playRound();
         require(isDeceived || game.complaint().empty(), game.complaint());
