@@ -27,8 +27,9 @@ void TreeWatcher::poll(FolderNode* folder) {
     const OpenedFolder opened = system.openFolder(currentPath(folder), linksAt(folder), OpenFor::listing);
     if (!opened.folder || opened.folder->status().identity != folder->identity) return;
     const FolderStatus status = opened.folder->status();
-    const auto [place, isFirst] = polledFolders.try_emplace(folder);
-    const PolledFolder former = std::exchange(place->second, {.stamp = status.stamp, .isSettled = status.isSettled});
+    const bool isFirst = !polledFolders.contains(folder);
+    PolledFolder& polled = polledFolders[folder];
+    const PolledFolder former = std::exchange(polled, {.stamp = status.stamp, .isSettled = status.isSettled});
     // What came and went since may have been seen by whoever looked in between.
     if (isFirst || !former.isSettled || former.stamp != status.stamp) pending.notice(currentPath(folder), system.now());
     opened.folder->forEachEntry([&](std::string_view entryName, ItemIdentity item) {
@@ -38,6 +39,6 @@ void TreeWatcher::poll(FolderNode* folder) {
         const auto before = former.files.find(name);
         const bool isChanged = before != former.files.end() && before->second != *stamp;
         if (isChanged) pending.closedAfterWriting({folder, name}, system.now());
-        place->second.files.emplace(std::move(name), *stamp);
+        polled.files.emplace(std::move(name), *stamp);
     });
 }

@@ -372,6 +372,23 @@ TEST_F(TreeWatcherTest, FindsAMountBelowAFolderThatWasFoundBeforeItsMoveWasRead)
     EXPECT_TRUE(disk.isWatched("/w/e/f"));
 }
 
+TEST_F(TreeWatcherTest, TellsWhatWasUnmountedFromAFolderWithTheSameNumber) {
+    start();
+    disk.mount("/w/d/e");
+    watcher.handleMountChange();
+    toldAfter();
+    const ItemIdentity mounted = disk.peek("/w/d/e");
+    disk.unmount("/w/d/e");
+    disk.makeDirectory("/w/d/x");
+    ASSERT_EQ(disk.peek("/w/d/x"), mounted);
+    disk.exchange("/w/d/e", "/w/d/x");
+    disk.remove("/w/d/x");
+    watcher.handleMountChange();
+    toldAfter();
+    toldWithin(seconds(6));
+    EXPECT_TRUE(disk.isWatched("/w/d/e"));
+}
+
 TEST_F(TreeWatcherTest, FindsThatAWatchHasEndedThoughThereIsNoOther) {
     start();
     disk.remove("/w/d/e");
