@@ -73,7 +73,7 @@ private:
         std::unique_ptr<OpenFolder> contents{};
     };
 
-    // What the last poll saw.
+    // What the last poll saw. Before the first one a change may have happened as after one that saw a young stamp.
     struct PolledFolder {
         std::int64_t stamp{};
         bool isSettled = false;

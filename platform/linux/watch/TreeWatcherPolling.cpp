@@ -27,11 +27,10 @@ void TreeWatcher::poll(FolderNode* folder) {
     const OpenedFolder opened = system.openFolder(currentPath(folder), linksAt(folder), OpenFor::listing);
     if (!opened.folder || opened.folder->status().identity != folder->identity) return;
     const FolderStatus status = opened.folder->status();
-    const bool isFirst = !polledFolders.contains(folder);
     PolledFolder& polled = polledFolders[folder];
     const PolledFolder former = std::exchange(polled, {.stamp = status.stamp, .isSettled = status.isSettled});
     // What came and went since may have been seen by whoever looked in between.
-    if (isFirst || !former.isSettled || former.stamp != status.stamp) pending.notice(currentPath(folder), system.now());
+    if (!former.isSettled || former.stamp != status.stamp) pending.notice(currentPath(folder), system.now());
     opened.folder->forEachEntry([&](std::string_view entryName, ItemIdentity item) {
         std::string name(entryName);
         const auto stamp = item.isDirectory() ? std::nullopt : opened.folder->fileStamp(name);
