@@ -144,7 +144,12 @@ private:
 
     // Mounts.
     // How what was found at a folder's path stands in the folder's parent.
-    enum class Standing { elsewhere, listed, mounted };
+    enum class Standing {
+        elsewhere,
+        listed,   // what the listing of the parent told of
+        unlisted, // there all the same
+        mounted   // over what is there
+    };
     Standing standing(const FolderNode* folder, FileIdentity identity);
     void correct(FolderNode* folder, Standing found);
     void lookForRecentMountsSoon(WatchTime now);

@@ -69,7 +69,7 @@ void TreeWatcher::enter(FolderNode* folder, std::deque<CrawlStep>& queueForChild
         if (folder->parent) retryLater(folder);
         return;
     }
-    if (folder->parent) correct(folder, found);
+    correct(folder, found);
     folder->failures = 0;
     folder->settledStamp = status.isSettled && !folder->isRemote ? status.stamp : 0;
     folder->isListed = true;
@@ -210,7 +210,7 @@ void TreeWatcher::compare(FolderNode* folder) {
         const Standing found = standing(folder, opened.folder->status().identity);
         // No event tells of what is mounted over it, and a listing may not tell what was unmounted from what is there.
         const bool isAnother =
-            found == Standing::mounted || (found == Standing::listed && folder->failures == patience);
+            found == Standing::mounted || (found != Standing::elsewhere && folder->failures == patience);
         return isAnother ? replace(folder) : retryLater(folder);
     }
     if (!keepWatch(folder, path, *opened.folder)) return;

@@ -73,8 +73,7 @@ std::vector<FolderNode*> TreeWatcher::nearestTo(const std::string& path) const {
     return folders;
 }
 
-// Either it is what was listed there, or what is there now. Of a mounted folder a listing tells the number of the
-// folder that lies below it.
+// Of a mounted folder a listing tells the number of the folder that lies below it.
 TreeWatcher::Standing TreeWatcher::standing(const FolderNode* folder, FileIdentity identity) {
     const FolderNode* parent = folder->parent;
     const ItemIdentity listed = parent->snapshot.find(folder->name);
@@ -84,15 +83,15 @@ TreeWatcher::Standing TreeWatcher::standing(const FolderNode* folder, FileIdenti
     const OpenedFolder entry = opened.folder->openFolder(folder->name);
     if (!entry.folder || entry.folder->status().identity != identity) return Standing::elsewhere;
     const bool isSameMount = entry.folder->status().mountNumber == opened.folder->status().mountNumber;
-    return isSameMount && identity.device == parent->identity.device ? Standing::listed : Standing::mounted;
+    return isSameMount && identity.device == parent->identity.device ? Standing::unlisted : Standing::mounted;
 }
 
 // What was told of the folder's name may be another one's.
 void TreeWatcher::correct(FolderNode* folder, Standing found) {
+    if (found == Standing::listed) return;
     const NameKey key{folder->parent, folder->name};
     const ItemIdentity present{folder->identity.inode, ItemType::directory};
-    const ItemIdentity listed = key.folder->snapshot.find(key.name);
-    if (!listed || listed == present) return;
+    if (key.folder->snapshot.find(key.name) == present) return;
     // Who listed the parent did not see the number below the mount.
     if (found == Standing::mounted && !pending.isTouched(key)) return key.folder->snapshot.set(key.name, present);
     pending.doubted(key, system.now());
