@@ -3,6 +3,7 @@
 #include <dirent.h>
 
 #include <array>
+#include <cerrno>
 #include <cstring>
 
 #include "platform/linux/files/SystemCall.h"
@@ -25,8 +26,10 @@ public:
     }
 
 private:
+    // A directory that was removed while it is open has no entries, of which the system makes an error.
     void fill() {
-        filled = static_cast<std::size_t>(checked(::getdents64(directory, buffer.data(), buffer.size())));
+        const ssize_t size = ::getdents64(directory, buffer.data(), buffer.size());
+        filled = static_cast<std::size_t>(size < 0 && errno == ENOENT ? 0 : checked(size));
         position = 0;
     }
 

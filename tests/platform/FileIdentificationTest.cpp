@@ -79,6 +79,14 @@ TEST_F(FileIdentificationTest, AnEntryThatVanishesIsLeftOut) {
     EXPECT_EQ(entries, 1);
 }
 
+// As the source of a bind mount can be.
+TEST_F(FileIdentificationTest, ADirectoryThatIsRemovedAndStillReachedIsEmpty) {
+    makeTree(root.path(), "folder/");
+    const Descriptor folder(::open(root.path("folder").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    ASSERT_EQ(::rmdir(root.path("folder").c_str()), 0);
+    checkListing("/proc/self/fd/" + std::to_string(folder.get()), {});
+}
+
 TEST_F(FileIdentificationTest, WhatCannotBeListedIsRefused) {
     writeFile(root.path("file"), "");
     for (const char* name : {"none", "file"}) {
