@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <utility>
@@ -30,6 +32,12 @@ constexpr std::int64_t settlingTime = 2'000'000'000;
 
 std::int64_t nanoseconds(const timespec& time) {
     return time.tv_sec * std::int64_t{1'000'000'000} + time.tv_nsec;
+}
+
+// Of both dates, as a program can set the one and some file systems do not change the other.
+std::int64_t stampOf(const struct stat& attributes) {
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(nanoseconds(attributes.st_ctim)) +
+                                     3 * static_cast<std::uint64_t>(nanoseconds(attributes.st_mtim)));
 }
 
 ItemType itemType(mode_t mode) {
@@ -176,8 +184,11 @@ OpenedFolder LinuxWatchSystem::opened(Descriptor descriptor) {
     ::clock_gettime(CLOCK_REALTIME_COARSE, &now);
     FolderStatus status{.identity = identityOf(attributes),
                         .mountNumber = extended.stx_mask & STATX_MNT_ID ? extended.stx_mnt_id : 0,
-                        .stamp = std::max(nanoseconds(attributes.st_mtim), nanoseconds(attributes.st_ctim))};
-    status.isSettled = nanoseconds(now) - status.stamp > settlingTime;
+                        .stamp = stampOf(attributes)};
+    const auto isSettled = [&](const timespec& date) {
+        return std::abs(nanoseconds(now) - nanoseconds(date)) > settlingTime; // one to come was set by somebody
+    };
+    status.isSettled = isSettled(attributes.st_mtim) && isSettled(attributes.st_ctim);
     const Traits traits = traitsOf(descriptor.get(), attributes.st_dev);
     status.coverage = traits.coverage;
     return {.folder = std::make_unique<LinuxOpenFolder>(*this, std::move(descriptor), status, traits.entryNumbers)};
@@ -192,6 +203,12 @@ std::optional<FileIdentity> LinuxWatchSystem::directoryAt(const std::string& pat
     }
     if (!S_ISDIR(status.st_mode)) return std::nullopt;
     return identityOf(status);
+}
+
+std::string LinuxWatchSystem::realPath(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path real = std::filesystem::canonical(path, error);
+    return error ? path : real.string();
 }
 
 ItemIdentity LinuxWatchSystem::itemAt(const std::string& path) {

@@ -23,6 +23,7 @@ public:
 
     OpenedFolder openFolder(const std::string& path, FollowLinks links, OpenFor purpose) override;
     std::optional<FileIdentity> directoryAt(const std::string& path) override;
+    std::string realPath(const std::string& path) override;
     ItemIdentity itemAt(const std::string& path) override;
     AddedWatch watchFolder(const std::string& path, FollowLinks links) override;
     AddedWatch watchAncestor(const std::string& path) override;

@@ -152,6 +152,7 @@ private:
     };
     Standing standing(const FolderNode* folder, FileIdentity identity);
     void correct(FolderNode* folder, Standing found);
+    void addPathsThroughLinks(std::vector<MountPoint>& mountPoints);
     void lookForRecentMountsSoon(WatchTime now);
     void lookForRecentMounts(WatchTime now);
     std::vector<FolderNode*> nearestTo(const std::string& path) const;

@@ -10,6 +10,7 @@ void TreeWatcher::handleMountChange() {
     const std::vector<MountPoint> former = std::exchange(mounts, system.mountPoints());
     std::vector<MountPoint> changed;
     std::ranges::set_symmetric_difference(former, mounts, std::back_inserter(changed));
+    addPathsThroughLinks(changed);
     // Another one that has come and gone may have been looked into, and nobody can say which.
     mustLookAtAll = true;
     for (const MountPoint& mount : changed) {
@@ -27,9 +28,28 @@ void TreeWatcher::handleMountChange() {
         }
         const bool isWithinRoots =
             std::ranges::any_of(roots, [&](const Root& root) { return isAtOrBelow(mount.path, root.path); });
-        if (isWithinRoots && std::ranges::binary_search(mounts, mount)) recentMounts.push_back(mount.mountID);
+        const bool isThere = std::ranges::find(mounts, mount.mountID, &MountPoint::mountID) != mounts.end();
+        if (isWithinRoots && isThere) recentMounts.push_back(mount.mountID);
     }
     lookForRecentMountsSoon(now);
+}
+
+// The kernel's table knows nothing of the links that lead to a root.
+void TreeWatcher::addPathsThroughLinks(std::vector<MountPoint>& mountPoints) {
+    const std::size_t count = mountPoints.size();
+    for (const Root& root : roots) {
+        const std::string realPath = count > 0 ? system.realPath(root.path) : root.path;
+        if (realPath == root.path) continue;
+        for (std::size_t i = 0; i < count; ++i) {
+            const auto [path, mountID] = mountPoints[i];
+            if (isAtOrBelow(realPath, path)) {
+                mountPoints.push_back({root.path, mountID});
+            } else if (isBelow(path, realPath)) {
+                const std::size_t rest = path.find_first_not_of('/', realPath.size());
+                mountPoints.push_back({joinedPath(root.path, path.substr(rest)), mountID});
+            }
+        }
+    }
 }
 
 void TreeWatcher::lookForRecentMountsSoon(WatchTime now) {
@@ -43,8 +63,12 @@ void TreeWatcher::lookForRecentMounts(WatchTime now) {
     if (looksForMounts == 0) return;
     --looksForMounts;
     bool areKnown = true;
-    for (const MountPoint& mount : system.mountPoints()) {
-        if (std::ranges::find(recentMounts, mount.mountID) == recentMounts.end()) continue;
+    std::vector<MountPoint> present = system.mountPoints();
+    std::erase_if(present, [&](const MountPoint& mount) {
+        return std::ranges::find(recentMounts, mount.mountID) == recentMounts.end();
+    });
+    addPathsThroughLinks(present);
+    for (const MountPoint& mount : present) {
         const auto identity = system.directoryAt(mount.path);
         const std::vector<FolderNode*> folders = nearestTo(mount.path);
         areKnown &= !folders.empty();

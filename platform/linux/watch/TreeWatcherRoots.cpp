@@ -93,7 +93,7 @@ void TreeWatcher::addInterest(const std::string& folderPath) {
     if (!folder) return;
     if (!wasListed) pending.notice(folderPath, system.now());
     if (folder->watch < 0 && system.canWatch() && folder->isListed) enqueue(urgent, folder, true);
-    if (needsPolling(folder) && !polledFolders.contains(folder)) poll(folder);
+    if (folder->isListed && needsPolling(folder) && !polledFolders.contains(folder)) poll(folder);
 }
 
 // There may be a root for each of many documents, and a look-up for each of them, so it goes up the path instead of

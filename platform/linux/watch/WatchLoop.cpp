@@ -25,7 +25,7 @@ bool WatchLoop::start(const std::vector<std::string>& rootPaths, Queue& streamQu
     try {
         startReader();
     } catch (const std::system_error&) {
-        return false; // no thread, or no descriptor
+        if (system->canWatch()) return false; // no thread, or no descriptor
     }
     deliver = std::move(deliverBatch);
     {
@@ -63,8 +63,9 @@ void WatchLoop::setInterest(const EventStreamInterest& newInterest) {
     if (isRunning()) runSoon();
 }
 
+// Without an instance of inotify it looks out for mounts alone.
 void WatchLoop::startReader() {
-    if (reader || !system->canWatch()) return;
+    if (reader) return;
     const auto mountsChanged = [this] {
         haveMountsChanged = true;
         wakeUp();

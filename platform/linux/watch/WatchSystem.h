@@ -27,8 +27,8 @@ enum class EventCoverage : std::uint8_t {
 struct FolderStatus {
     FileIdentity identity{};
     std::uint64_t mountNumber{}; // of the mount through which it was reached; 0 where the kernel does not tell
-    std::int64_t stamp{};        // nanoseconds of the last change to the list of entries
-    bool isSettled = false;      // the stamp is so old that a further change would have another one
+    std::int64_t stamp{};        // another one after a change to the list of entries
+    bool isSettled = false;      // the last change is so old that a further one would have another stamp
     EventCoverage coverage{};
 };
 
@@ -85,6 +85,7 @@ public:
 
     virtual OpenedFolder openFolder(const std::string& path, FollowLinks links, OpenFor purpose) = 0;
     virtual std::optional<FileIdentity> directoryAt(const std::string& path) = 0; // links followed
+    virtual std::string realPath(const std::string& path) = 0;                    // the same where nothing is there
     virtual ItemIdentity itemAt(const std::string& path) = 0;
 
     // Paths of this size and more are gone step by step.

@@ -10,6 +10,7 @@
 
 #include "tests/platform/watch/WatchedTree.h"
 #include "tests/support/Files.h"
+#include "tests/support/MountedDisk.h"
 
 // The kernel's own events, for every kind of change.
 
@@ -158,6 +159,58 @@ TEST(InotifyEvents, ReachEveryRootThatShowsTheDirectory) {
     tree.watch({"link"});
     writeFile(tree.path("w/d/g"), "x");
     EXPECT_TRUE(tree.tells({"modified link/g"}));
+}
+
+// The kernel's table of mounts knows nothing of the links that lead to a root.
+TEST(InotifyEvents, ReachAMountBelowALinkedRoot) {
+    WatchedTree tree;
+    fs::create_directories(tree.path("w/d"));
+    fs::create_directory_symlink(tree.path("w"), tree.path("link"));
+    tree.setInterest({.directoryPaths = {tree.path("link"), tree.path("link/d")}});
+    tree.watch({"link"});
+    const MountedDisk disk(tree.path("w/d"));
+    if (!disk.reason.empty()) GTEST_SKIP() << disk.reason;
+    EXPECT_TRUE(tree.tellsAmongOthers("created dir link/d"));
+    writeFile(tree.path("w/d/f"), "");
+    EXPECT_TRUE(tree.tellsAmongOthers("created link/d/f"));
+}
+
+class WithoutWatches final : public LinuxWatchSystem {
+public:
+    bool canWatch() const override { return false; }
+    // Waits until a further change would have another stamp.
+    bool settles(const std::string& path) {
+        const auto isSettled = [&] {
+            const OpenedFolder opened = openFolder(path, FollowLinks::no, OpenFor::looking);
+            return opened.folder && opened.folder->status().isSettled;
+        };
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (!isSettled() && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+        return isSettled();
+    }
+};
+
+TEST(InotifyEvents, AreNotNeededToSeeAMountThatCameAndWent) {
+    WatchedTree tree(std::make_unique<WithoutWatches>());
+    for (const char* name : {"w/d", "w/e"}) fs::create_directories(tree.path(name));
+    tree.setInterest({.directoryPaths = {tree.path("w/d"), tree.path("w/e")}});
+    tree.watch({"w"});
+    ASSERT_TRUE(WithoutWatches().settles(tree.path("w/d")));
+    // By the second one the folder has been polled since then.
+    for (const std::string name : {"w/e/1", "w/e/2"}) {
+        writeFile(tree.path(name), "");
+        ASSERT_TRUE(tree.tellsAmongOthers("created " + name));
+    }
+    ASSERT_TRUE(tree.tells({}));
+    const std::string refusal = MountedDisk(tree.path("w/d")).reason;
+    if (!refusal.empty()) GTEST_SKIP() << refusal;
+    EXPECT_TRUE(tree.tellsAmongOthers("look w/d"));
+}
+
+TEST(InotifyEvents, AreNotMissedInAFolderWithADateToCome) {
+    const TemporaryDirectory directory;
+    fs::last_write_time(directory.path(), fs::file_time_type::clock::now() + std::chrono::hours(1));
+    EXPECT_TRUE(WithoutWatches().settles(directory.path()));
 }
 
 // A kernel that gives out only so many watches.

@@ -292,6 +292,13 @@ TEST_F(TreeWatcherTest, SendsWhoeverListedBetweenTwoPollsToLookAgain) {
     EXPECT_EQ(toldWithin(seconds(9)), Tellings{"look /w/d"});
 }
 
+TEST_F(TreeWatcherTest, TellsNoChangeOfAFolderThatTheKernelMakesUp) {
+    disk.coverage = EventCoverage::pointless;
+    watcher.setInterest({.directoryPaths = {"/w/d"}});
+    start();
+    for (const std::string& telling : toldWithin(seconds(20))) EXPECT_EQ(telling, "look /w/d");
+}
+
 TEST_F(TreeWatcherTest, PollsFileSystemsThatOthersChange) {
     disk.coverage = EventCoverage::ownChangesOnly;
     watcher.setInterest({.directoryPaths = {"/w/d"}});
