@@ -155,6 +155,7 @@ private:
     void addPathsThroughLinks(std::vector<MountPoint>& mountPoints);
     void lookForRecentMountsSoon(WatchTime now);
     void lookForRecentMounts(WatchTime now);
+    bool isWithinRoots(const std::string& path) const;
     std::vector<FolderNode*> nearestTo(const std::string& path) const;
 
     // Polling.

@@ -22,14 +22,12 @@ void TreeWatcher::handleMountChange() {
         }
         for (FolderNode* folder : nearestTo(mount.path)) {
             // Of one that was not listed nothing is known that would tell it from another.
-            const bool isThere = folder->parent && currentPath(folder) == mount.path;
-            if (isThere && !folder->isListed) pending.forgotten({folder->parent, folder->name}, now);
+            const bool isMounted = folder->parent && currentPath(folder) == mount.path;
+            if (isMounted && !folder->isListed) pending.forgotten({folder->parent, folder->name}, now);
             enqueue(urgent, folder, true);
         }
-        const bool isWithinRoots =
-            std::ranges::any_of(roots, [&](const Root& root) { return isAtOrBelow(mount.path, root.path); });
         const bool isThere = std::ranges::find(mounts, mount.mountID, &MountPoint::mountID) != mounts.end();
-        if (isWithinRoots && isThere) recentMounts.push_back(mount.mountID);
+        if (isThere && isWithinRoots(mount.path)) recentMounts.push_back(mount.mountID);
     }
     lookForRecentMountsSoon(now);
 }
@@ -69,6 +67,7 @@ void TreeWatcher::lookForRecentMounts(WatchTime now) {
     });
     addPathsThroughLinks(present);
     for (const MountPoint& mount : present) {
+        if (!isWithinRoots(mount.path)) continue;
         const auto identity = system.directoryAt(mount.path);
         const std::vector<FolderNode*> folders = nearestTo(mount.path);
         areKnown &= !folders.empty();
@@ -83,6 +82,10 @@ void TreeWatcher::lookForRecentMounts(WatchTime now) {
         looksForMounts = 0;
     else
         pending.touchWindow(now);
+}
+
+bool TreeWatcher::isWithinRoots(const std::string& path) const {
+    return std::ranges::any_of(roots, [&](const Root& root) { return isAtOrBelow(path, root.path); });
 }
 
 // The folder at the path or else the one around it, in each of the trees that the path leads to.
