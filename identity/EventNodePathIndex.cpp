@@ -82,10 +82,11 @@ void EventNodePathIndex::set(std::string_view hint, std::string_view path) {
 void EventNodePathIndex::setChildren(std::string_view directoryPath, const std::vector<NumberedName>& children) {
     Node directory = PathTree::none;
     for (const NumberedName& child : children) {
-        // With its first child the directory gets its node, which stays as long as it has one.
+        // With its first child the directory gets its node.
         if (directory == PathTree::none) directory = onlyNode(directoryPath);
         if (directory != PathTree::none && setWhereNothingElseChanges(directory, child)) continue;
         set(eventNodeIDHint(child.fileNumber), appendingPathComponent(directoryPath, child.name));
+        directory = PathTree::none; // its node may have gone with the number that was the child's
     }
 }
 

@@ -76,6 +76,21 @@ TEST(EventNodePathIndex, HintsAreComparedAsTextAndNotByValue) {
     EXPECT_TRUE(index.isEmpty());
 }
 
+TEST(EventNodePathIndex, AListingMayTakeTheNumberOfItsOwnDirectory) {
+    for (const bool isListedBefore : {true, false}) {
+        EventNodePathIndex index("/w");
+        index.set("number:1", isListedBefore ? "/w/a/directory" : "/w/a/other");
+        index.set("number:2", isListedBefore ? "/w/b/other" : "/w/b/directory");
+        index.remap("/w/b", "/w/a"); // so that there are two of these
+        index.setChildren("/w/a/directory", {{"first", isListedBefore ? 1U : 2U}, {"second", 3}});
+        const char* const otherHint = isListedBefore ? "number:2" : "number:1";
+        const char* const firstHint = isListedBefore ? "number:1" : "number:2";
+        EXPECT_EQ(contents(index), (Map{{firstHint, "/w/a/directory/first"},
+                                        {otherHint, "/w/a/other"},
+                                        {"number:3", "/w/a/directory/second"}}));
+    }
+}
+
 TEST(EventNodePathIndex, AFilledTreeGivesANumberToTheLastOfItsNodes) {
     PathTree tree("/w");
     const auto root = tree.appendChild(PathTree::top, "", 1);
