@@ -293,6 +293,7 @@ void TreeWatcher::comparePresent(const NameKey& key, ItemIdentity listed, const 
 
 // Another folder is where this one was.
 void TreeWatcher::replace(FolderNode* folder) {
+    if (!folder->isAttached) return retryLater(folder); // it has left, and nobody knows yet where it is
     const WatchTime now = system.now();
     if (!folder->parent) {
         folder->hasGone = true; // as the check of the roots will find

@@ -396,6 +396,21 @@ TEST_F(TreeWatcherTest, TellsWhatWasUnmountedFromAFolderWithTheSameNumber) {
     EXPECT_TRUE(disk.isWatched("/w/d/e"));
 }
 
+TEST_F(TreeWatcherTest, TakesAMountForNoFolderThatHasJustLeft) {
+    for (const char* path : {"/out", "/w/d/e/f"}) disk.makeDirectory(path);
+    start();
+    const ItemIdentity former = disk.peek("/w/d/e");
+    disk.move("/w/d/e/f", "/out/f");
+    disk.remove("/w/d/e");
+    for (const char* path : {"/w/d/e", "/w/d/e/f"}) disk.makeDirectory(path);
+    ASSERT_EQ(disk.peek("/w/d/e"), former);
+    disk.mount("/w/d/e/f");
+    watcher.handleMountChange();
+    toldAfter();
+    watcher.setRoots({});
+    EXPECT_EQ(disk.watchCount(), 0U);
+}
+
 TEST_F(TreeWatcherTest, FindsThatAWatchHasEndedThoughThereIsNoOther) {
     start();
     disk.remove("/w/d/e");
