@@ -43,6 +43,7 @@ struct PlainIndex {
         std::erase_if(map, [&](const auto& entry) { return isAtOrWithin(entry.second, trimmed(path)); });
     }
     void remap(const std::string& from, const std::string& to) {
+        if (trimmed(from) == trimmed(to)) return;
         if (isAtOrWithin(rootPath, trimmed(from)) && trimmed(from) != rootPath) map.clear();
         const std::string source = trimmed(from) == "/" ? "" : trimmed(from);
         const std::string target = trimmed(to) == "/" ? "" : trimmed(to);
