@@ -202,7 +202,7 @@ std::string joinedPath(std::string directoryPath, std::string_view name) {
     return directoryPath;
 }
 
-std::string_view parentPath(std::string_view path) {
+std::string_view folderPathAbove(std::string_view path) {
     const std::size_t slash = path.rfind('/');
     return slash == 0 || slash == std::string_view::npos ? "/" : path.substr(0, slash);
 }
@@ -212,7 +212,7 @@ bool isBelow(std::string_view path, std::string_view directoryPath) {
     return directoryPath.ends_with('/') || path[directoryPath.size()] == '/';
 }
 
-bool isAtOrBelow(std::string_view path, std::string_view directoryPath) {
+bool isPathWithin(std::string_view path, std::string_view directoryPath) {
     return path == directoryPath || isBelow(path, directoryPath);
 }
 

@@ -139,9 +139,9 @@ FolderNode* topOf(FolderNode* folder);
 bool isWithin(const FolderNode* folder, const FolderNode* ancestor); // or the same
 
 std::string joinedPath(std::string directoryPath, std::string_view name);
-std::string_view parentPath(std::string_view path);
+std::string_view folderPathAbove(std::string_view path);
 bool isBelow(std::string_view path, std::string_view directoryPath);
-bool isAtOrBelow(std::string_view path, std::string_view directoryPath);
+bool isPathWithin(std::string_view path, std::string_view directoryPath);
 std::string currentPath(const FolderNode* folder);
 std::string currentPath(const NameKey& key);
 

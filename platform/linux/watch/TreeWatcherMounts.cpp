@@ -16,7 +16,7 @@ void TreeWatcher::handleMountChange() {
     for (const MountPoint& mount : changed) {
         // By the time that anybody looks, this change may have been taken back.
         pending.noticeFoldersOfInterest(mount.path, paths, now);
-        if (std::ranges::any_of(roots, [&](const Root& root) { return isAtOrBelow(root.path, mount.path); })) {
+        if (std::ranges::any_of(roots, [&](const Root& root) { return isPathWithin(root.path, mount.path); })) {
             mustWatchAncestors = true;
             pending.touchWindow(now);
         }
@@ -40,7 +40,7 @@ void TreeWatcher::addPathsThroughLinks(std::vector<MountPoint>& mountPoints) {
         if (realPath == root.path) continue;
         for (std::size_t i = 0; i < count; ++i) {
             const auto [path, mountID] = mountPoints[i];
-            if (isAtOrBelow(realPath, path)) {
+            if (isPathWithin(realPath, path)) {
                 mountPoints.push_back({root.path, mountID});
             } else if (isBelow(path, realPath)) {
                 const std::size_t rest = path.find_first_not_of('/', realPath.size());
@@ -85,16 +85,16 @@ void TreeWatcher::lookForRecentMounts(WatchTime now) {
 }
 
 bool TreeWatcher::isWithinRoots(const std::string& path) const {
-    return std::ranges::any_of(roots, [&](const Root& root) { return isAtOrBelow(path, root.path); });
+    return std::ranges::any_of(roots, [&](const Root& root) { return isPathWithin(path, root.path); });
 }
 
 // The folder at the path or else the one around it, in each of the trees that the path leads to.
 std::vector<FolderNode*> TreeWatcher::nearestTo(const std::string& path) const {
     std::vector<FolderNode*> folders;
     for (const Root& root : roots) {
-        if (!root.node || root.node->parent || !isAtOrBelow(path, root.path)) continue;
+        if (!root.node || root.node->parent || !isPathWithin(path, root.path)) continue;
         FolderNode* folder = descend(root.node, path);
-        if (!folder) folder = descend(root.node, parentPath(path));
+        if (!folder) folder = descend(root.node, folderPathAbove(path));
         if (folder) folders.push_back(folder);
     }
     return folders;

@@ -61,7 +61,7 @@ void TreeWatcher::setInterest(const EventStreamInterest& newInterest) {
     interest = newInterest;
     paths.documents = {interest.documentPaths.begin(), interest.documentPaths.end()};
     const auto former = std::exchange(paths.folders, {interest.directoryPaths.begin(), interest.directoryPaths.end()});
-    for (const std::string& path : paths.documents) paths.folders.emplace(parentPath(path));
+    for (const std::string& path : paths.documents) paths.folders.emplace(folderPathAbove(path));
     limitDocumentRoots();
     for (const std::string& path : paths.folders) {
         if (former.contains(path)) continue;
@@ -99,7 +99,7 @@ void TreeWatcher::addInterest(const std::string& folderPath) {
 // There may be a root for each of many documents, and a look-up for each of them, so it goes up the path instead of
 // through all roots.
 FolderNode* TreeWatcher::topAbove(std::string_view path) const {
-    for (std::string_view directoryPath = path;; directoryPath = parentPath(directoryPath)) {
+    for (std::string_view directoryPath = path;; directoryPath = folderPathAbove(directoryPath)) {
         const auto root = std::ranges::lower_bound(roots, directoryPath, {}, &Root::path);
         const bool isRoot = root != roots.end() && root->path == directoryPath;
         if (isRoot && root->node && !root->node->parent) return root->node;
@@ -160,7 +160,7 @@ void TreeWatcher::attach(Root& root) {
 void TreeWatcher::adoptTopsWithin(FolderNode* top) {
     for (const Root& root : roots) {
         if (!root.node || root.node->parent || !isBelow(root.path, top->name)) continue;
-        FolderNode* parent = findListed(parentPath(root.path));
+        FolderNode* parent = findListed(folderPathAbove(root.path));
         const std::string name = root.path.substr(root.path.rfind('/') + 1);
         FolderNode* unknown = parent ? tree.child(parent, name) : nullptr;
         // Where a link leads there, the tree stays by itself.
@@ -225,7 +225,7 @@ void TreeWatcher::loseRoot(Root& root, WatchTime now) {
     attach(root);
     mustWatchAncestors = true;
     for (const std::string& path : paths.folders) {
-        if (isAtOrBelow(path, root.path)) addInterest(path);
+        if (isPathWithin(path, root.path)) addInterest(path);
     }
 }
 
@@ -233,7 +233,7 @@ void TreeWatcher::watchAncestors() {
     std::unordered_map<std::string, int> former = std::exchange(watchByAncestor, {});
     for (const Root& root : roots) {
         for (std::string path = root.path; path != "/";) {
-            path = std::string(parentPath(path));
+            path = std::string(folderPathAbove(path));
             if (watchByAncestor.contains(path)) break;
             const AddedWatch added = system.watchAncestor(path);
             if (added.watch >= 0) watchByAncestor.emplace(path, added.watch);
